@@ -1,0 +1,60 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "platform/property_list.h"
+
+namespace lumo {
+
+// The names of the preferences, as they stand in the domain file.
+inline constexpr char prefServerAddress[] = "prefServerAddress";
+inline constexpr char prefDefaultServerAddress[] = "prefDefaultServerAddress";
+inline constexpr char prefRunningUrlString[] = "prefRunningUrlString";
+inline constexpr char prefShowMenuBar[] = "prefShowMenuBar";
+inline constexpr char prefDoAutoLoadUrlAtStartup[] = "prefDoAutoLoadUrlAtStartup";
+inline constexpr char prefDoNotConfirmOnExit[] = "prefDoNotConfirmOnExit";
+inline constexpr char prefKeepAppActiveAlways[] = "prefKeepAppActiveAlways";
+inline constexpr char prefForceFullScreen[] = "prefForceFullScreen";
+inline constexpr char prefWindowAlwaysStatusLevel[] = "prefWindowAlwaysStatusLevel";
+inline constexpr char prefThisUserAgent[] = "prefThisUserAgent";
+inline constexpr char prefClearCacheAtLaunch[] = "prefClearCacheAtLaunch";
+inline constexpr char prefShowNavigationBar[] = "prefShowNavigationBar";
+inline constexpr char prefShowWindowTitle[] = "prefShowWindowTitle";
+inline constexpr char prefFullSizeContentView[] = "prefFullSizeContentView";
+inline constexpr char prefShowWindowTitleBar[] = "prefShowWindowTitleBar";
+inline constexpr char prefShowPrefPanelWhenUrlLoadFailed[] = "prefShowPrefPanelWhenUrlLoadFailed";
+inline constexpr char prefLenientWithFailProvisionalNavigation[] = "prefLenientWithFailProvisionalNavigation";
+inline constexpr char prefFirstFocusWebFieldByIdentifier[] = "prefFirstFocusWebFieldByIdentifier";
+inline constexpr char prefPathNamesToForceFocus[] = "prefPathNamesToForceFocus";
+inline constexpr char prefArrayOfPathNamesToDataForLumo[] = "prefArrayOfPathNamesToDataForLumo";
+inline constexpr char prefPathNamesToDataForLumo[] = "prefPathNamesToDataForLumo";
+inline constexpr char prefScanReturnStringFormat[] = "prefScanReturnStringFormat";
+inline constexpr char prefEnableLockedFields1[] = "prefEnableLockedFields1";
+inline constexpr char prefSelectedJunivaServerInfo[] = "prefSelectedJunivaServerInfo";
+inline constexpr char prefJunivaPhotoStationListPath[] = "prefJunivaPhotoStationListPath";
+inline constexpr char prefJunivaServerUrlString[] = "prefJunivaServerUrlString";
+inline constexpr char prefAppVersion[] = "prefAppVersion";
+inline constexpr char LumoAV_ffmpegLaunchPath[] = "LumoAV_ffmpegLaunchPath";
+
+enum class PreferenceType { Boolean, String, Array, Dictionary };
+
+// One row of the key table.
+struct PreferenceKey {
+  const char* name;
+  PreferenceType type;
+  // What the code itself uses when neither layer has a value, as text; null where a reader gets nothing or false.
+  const char* codeDefault;
+  // One line for people, without a full stop.
+  const char* effect;
+  // Whether an operator sets it; the others are kept by the kiosk itself.
+  bool operatorSets;
+};
+
+// Every preference, in the order in which people read them.
+std::span<const PreferenceKey> preferenceKeys();
+// The row of that name, or null.
+const PreferenceKey* preferenceKey(std::string_view name);
+
+}  // namespace lumo

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/format.h"
+
+namespace platform {
+
+// Writes one diagnostic line on standard error: "2026-11-21 02:00:24.123 LumoBrowser[pid:thread] text" (local
+// time), with one write, so that lines of several threads never interleave. Any thread. A failing write (full
+// disk, closed descriptor) is ignored: the kiosk goes on.
+void logLine(std::string_view text);
+
+// The platform's plain log call: formats as stringWithFormat does and writes the line.
+template <class... Arguments>
+void NSLog(std::string_view format, const Arguments&... arguments) {
+  logLine(vformat(format, {FormatArgument(arguments)...}));
+}
+
+}  // namespace platform

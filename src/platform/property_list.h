@@ -1,0 +1,96 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace platform {
+
+class PropertyList;
+using Array = std::vector<PropertyList>;
+using Data = std::vector<std::byte>;
+// A date is an absolute time with the resolution that property lists keep (1 s in XML; fractions are dropped
+// there).
+using Date = std::chrono::system_clock::time_point;
+
+// An ordered dictionary: iteration follows the order of insertion, setting an existing key keeps its place.
+class Dictionary {
+ public:
+  using Entry = std::pair<std::string, PropertyList>;
+
+  Dictionary() = default;
+  Dictionary(std::initializer_list<Entry> entries);
+
+  // The value under `key`, or null. The pointer is good until the dictionary changes.
+  const PropertyList* find(std::string_view key) const;
+  bool contains(std::string_view key) const { return find(key) != nullptr; }
+  // Stores `value` under `key`, replacing an earlier value.
+  void set(std::string_view key, PropertyList value);
+  // Removes `key`; a key that is not there is no error.
+  void remove(std::string_view key);
+
+  bool empty() const { return entries_.empty(); }
+  std::size_t size() const { return entries_.size(); }
+  auto begin() const { return entries_.begin(); }
+  auto end() const { return entries_.end(); }
+
+  // Equal when both hold the same keys with equal values, whatever their order.
+  bool operator==(const Dictionary& other) const;
+
+ private:
+  std::vector<Entry> entries_;
+};
+
+// One property-list value. A value is always present: absence is a std::optional or a null pointer around it.
+class PropertyList {
+ public:
+  using Value = std::variant<bool, std::int64_t, double, std::string, Date, Data, Array, Dictionary>;
+
+  PropertyList(bool value) : value_(value) {}
+  PropertyList(int value) : value_(std::int64_t{value}) {}
+  PropertyList(std::int64_t value) : value_(value) {}
+  PropertyList(double value) : value_(value) {}
+  PropertyList(const char* value) : value_(std::string(value)) {}
+  PropertyList(std::string value) : value_(std::move(value)) {}
+  PropertyList(std::string_view value) : value_(std::string(value)) {}
+  PropertyList(Date value) : value_(value) {}
+  PropertyList(Data value) : value_(std::move(value)) {}
+  PropertyList(Array value) : value_(std::move(value)) {}
+  PropertyList(Dictionary value) : value_(std::move(value)) {}
+
+  const Value& value() const { return value_; }
+  // The value as exactly this type, or null when it is of another one.
+  template <class T>
+  const T* as() const {
+    return std::get_if<T>(&value_);
+  }
+
+  bool operator==(const PropertyList&) const = default;
+
+ private:
+  Value value_;
+};
+
+// Conversions of the readers of preferences. A boolean comes from a boolean, a number (not zero) or a text
+// "YES", "true", "1" (ignoring case); a string from a string or a number. Anything else is absent.
+std::optional<bool> boolValue(const PropertyList& value);
+std::optional<std::string> stringValue(const PropertyList& value);
+
+// What "%@" prints: scalars plainly, arrays and dictionaries in the old-style description,
+// "(\n    a,\n    b\n)" and "{\n    key = value;\n}", nested values indented by four blanks a level.
+std::string description(const PropertyList& value);
+std::string description(const Array& value);
+std::string description(const Dictionary& value);
+
+// The array's elements as texts, joined with `separator`; an element that has no text form is described as by
+// "%@".
+std::string componentsJoinedByString(const Array& array, std::string_view separator);
+
+}  // namespace platform

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/alert.h"
+#include "platform/property_list.h"
+#include "platform/url.h"
+#include "platform/view.h"
+
+namespace platform {
+
+enum class CachePolicy { UseProtocolCachePolicy = 0, ReloadIgnoringLocalCacheData = 1 };
+
+// Header fields in the order received; names exactly as received, repeats joined by ", ", values as UTF-8.
+using HeaderFields = std::vector<std::pair<std::string, std::string>>;
+
+// The value of the field of exactly this name, or null.
+const std::string* headerValue(const HeaderFields& fields, std::string_view name);
+// The fields as "%@" prints a dictionary.
+std::string description(const HeaderFields& fields);
+
+// A request for a page. The time-out counts from the start and again from every redirect until the page
+// commits; zero means none.
+struct UrlRequest {
+  Url url;
+  CachePolicy cachePolicy = CachePolicy::UseProtocolCachePolicy;
+  Millis timeout{0};
+  HeaderFields headers;
+};
+
+std::string description(const UrlRequest& request);
+
+// The platform's codes that the system tells apart; others are the engine's own.
+inline constexpr int kErrorTimedOut = -1001;
+inline constexpr int kErrorFrameLoadInterrupted = 102;
+
+struct WebError {
+  int code = 0;
+  std::string localizedDescription;
+  // The address that failed, as text and parsed; absent when there was none.
+  std::optional<std::string> failingUrlString;
+};
+
+std::string description(const WebError& error);
+
+struct NavigationAction {
+  UrlRequest request;
+  bool isMainFrame = true;
+};
+
+// What the server answered to a navigation. Not HTTP (a file): no status, no fields.
+struct NavigationResponse {
+  std::optional<Url> url;
+  bool isHttp = false;
+  int statusCode = 0;
+  HeaderFields headers;
+  bool isMainFrame = true;
+};
+
+std::string description(const NavigationAction& action);
+std::string description(const NavigationResponse& response);
+
+enum class NavigationPolicy { Cancel, Allow };
+using DecisionHandler = std::function<void(NavigationPolicy)>;
+
+// An image of a page: 8 bits each of red, green, blue, alpha, rows without padding.
+struct Image {
+  int width = 0;
+  int height = 0;
+  std::vector<std::byte> pixels;
+};
+
+class WebView;
+
+// Hears of a web view's loads and answers its questions, on the main queue. Not owned by the view. Decision
+// and completion handlers are called exactly once; one that is dropped uncalled counts as cancel, so that the
+// engine never waits.
+class WebViewDelegate {
+ public:
+  virtual ~WebViewDelegate() = default;
+
+  virtual void webView_decidePolicyForNavigationAction_decisionHandler(WebView& view,
+                                                                       const NavigationAction& action,
+                                                                       DecisionHandler decide) = 0;
+  // Asked for the responses of sub-frames too. The view's URL is meanwhile that of the main frame's
+  // navigation in progress.
+  virtual void webView_decidePolicyForNavigationResponse_decisionHandler(WebView& view,
+                                                                         const NavigationResponse& response,
+                                                                         DecisionHandler decide) = 0;
+  virtual void webView_didStartProvisionalNavigation(WebView& view) = 0;
+  virtual void webView_didFinishNavigation(WebView& view) = 0;
+  // Before anything of the page was shown, and after.
+  virtual void webView_didFailProvisionalNavigation_withError(WebView& view, const WebError& error) = 0;
+  virtual void webView_didFailNavigation_withError(WebView& view, const WebError& error) = 0;
+  virtual void webViewWebContentProcessDidTerminate(WebView& view) = 0;
+
+  // `frameRequest` is the request of the frame that asks.
+  virtual void webView_runJavaScriptAlertPanelWithMessage_initiatedByFrame_completionHandler(
+      WebView& view, const std::string& message, const UrlRequest& frameRequest, Block done) = 0;
+  virtual void webView_runJavaScriptConfirmPanelWithMessage_initiatedByFrame_completionHandler(
+      WebView& view, const std::string& message, const UrlRequest& frameRequest,
+      std::function<void(bool)> done) = 0;
+  // The answer is absent when the person cancelled.
+  virtual void webView_runJavaScriptTextInputPanelWithPrompt_defaultText_initiatedByFrame_completionHandler(
+      WebView& view, const std::string& prompt, const std::string& defaultText,
+      const UrlRequest& frameRequest, std::function<void(std::optional<std::string>)> done) = 0;
+  // The page asks for a new window. The view to use (this one: the page opens in it), or null for none.
+  virtual WebView* webView_createWebViewWithRequest(WebView& view, const UrlRequest& request) = 0;
+  virtual void webViewDidClose(WebView& view) = 0;
+};
+
+// A page of the web engine. Main queue only. A dormant view (the legacy one of a window description) costs
+// nothing until it is first shown or loaded: it answers from the settings and creates its engine view on
+// first use.
+class WebView : public virtual View {
+ public:
+  virtual void setDelegate(WebViewDelegate* delegate) = 0;
+
+  virtual void load(const UrlRequest& request) = 0;
+  // Shows a text of the system's own making. Without a base address the page has none.
+  virtual void loadHTMLString(const std::string& html, const std::optional<Url>& base) = 0;
+  // The address of the main frame's navigation in progress during a policy decision, else the committed one;
+  // absent for none.
+  virtual std::optional<Url> url() const = 0;
+  virtual void goBack() = 0;
+  virtual void goForward() = 0;
+  virtual double estimatedProgress() const = 0;
+
+  // Runs a script; `completion` gets its value (absent for undefined and null) or an error, once, always. The
+  // text "navigator.userAgent" is answered from the settings, without a process.
+  virtual void evaluateJavaScript(
+      const std::string& script,
+      std::function<void(std::optional<PropertyList> result, std::optional<WebError> error)> completion) = 0;
+  // The same at once, for what needs no process ("navigator.userAgent"); absent for every other script.
+  virtual std::optional<std::string> stringByEvaluatingJavaScriptFromString(const std::string& script) = 0;
+  // Absent until one is set. Holds from the next request on.
+  virtual std::optional<std::string> customUserAgent() const = 0;
+  virtual void setCustomUserAgent(const std::string& agent) = 0;
+
+  // A picture of the whole view as it is laid out; absent when it failed or took longer than 10 s.
+  virtual void takeSnapshot(std::function<void(std::optional<Image>)> completion) = 0;
+  // Empties the engine's memory and disk cache and uses none in this run. Cookies and storage stay. All
+  // views.
+  virtual void disableCache() = 0;
+};
+
+}  // namespace platform
