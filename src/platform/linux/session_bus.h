@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/queue.h"
+
+typedef struct _GDBusConnection GDBusConnection;
+
+namespace platform {
+
+// The address of the session bus: DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in XDG_RUNTIME_DIR, else
+// empty. A bus is never started from here.
+std::string sessionBusAddress();
+
+// The one connection to the session bus. It is private to this process, its loss ends nothing, and it comes
+// back by itself once start was called (at growing intervals up to 30 s), else when it is next asked for. A
+// missing bus is said once in the log until there is one again. Main queue only. `dispatch` must outlive
+// it.
+class SessionBus {
+ public:
+  // The longest that any call here keeps the caller, a bus that accepts and says nothing included.
+  static constexpr Millis kPatience{2000};
+
+  explicit SessionBus(Dispatch& dispatch);
+  ~SessionBus();
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+
+  // Connects in the background and keeps connected. On each new connection `announce` runs first (to register
+  // objects), then `name` is asked for, so that nobody finds the name without the objects. Once.
+  void start(std::string name, std::function<void(GDBusConnection*)> announce);
+  // The connection, made now when there is none; null when that failed or took longer than kPatience. While a
+  // bus does not answer, only the first call waits for it. Not owned, good until the next turn of the event
+  // loop.
+  GDBusConnection* connection();
+  // Returns when everything sent so far has left the process. False when it could not: the connection is then
+  // given up.
+  bool flush();
+
+ private:
+  struct State;
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace platform
