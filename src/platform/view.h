@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ class View {
   virtual ~View() = default;
 
   virtual ViewKind kind() const = 0;
+  // Expires with the view, so that a timer that outlives it can tell.
+  virtual std::weak_ptr<void> lifetime() const = 0;
   // Every view is of the kind View; a control is also of its own kind.
   bool isKindOf(ViewKind wanted) const { return wanted == ViewKind::View || wanted == kind(); }
   // The name given in the window description; absent when it has none.
