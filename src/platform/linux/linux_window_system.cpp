@@ -1,0 +1,69 @@
+#include "platform/linux/linux_window_system.h"
+
+#include <gtk/gtk.h>
+
+#include "platform/bundle.h"
+#include "platform/linux/action_scope.h"
+#include "platform/linux/layer_bin.h"
+#include "platform/linux/linux_window.h"
+#include "platform/linux/web_engine.h"
+#include "platform/log.h"
+#include "platform/web_view.h"
+
+namespace platform {
+
+LinuxWindowSystem::LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& application, const Bundle& bundle,
+                                     WebEngine& engine)
+    : dispatch_(dispatch), application_(application), bundle_(bundle), engine_(engine) {
+  // The builder looks widget classes up by name.
+  g_type_ensure(LUMO_TYPE_LAYER_BIN);
+  loadStyle();
+}
+
+void LinuxWindowSystem::loadStyle() {
+  const auto path = bundle_.pathForResource("lumo", "css");
+  GdkDisplay* display = gdk_display_get_default();
+  if (!path || display == nullptr) {
+    NSLog("there is no style sheet lumo.css");
+    return;
+  }
+  GtkCssProvider* provider = gtk_css_provider_new();
+  gtk_css_provider_load_from_path(provider, path->c_str());
+  gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(provider),
+                                             GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+  g_object_unref(provider);
+}
+
+std::unique_ptr<Window> LinuxWindowSystem::loadWindow(const std::string& name) {
+  const auto path = bundle_.pathForResource(name, "ui");
+  if (!path) {
+    NSLog("there is no window description %@", name);
+    return nullptr;
+  }
+  GtkBuilderScope* scope = newActionScope();
+  GtkBuilder* builder = gtk_builder_new();
+  gtk_builder_set_scope(builder, scope);
+  GError* error = nullptr;
+  std::unique_ptr<Window> window;
+  if (gtk_builder_add_from_file(builder, path->c_str(), &error) == FALSE) {
+    NSLog("the window description %@ is damaged: %@", name, error->message);
+    g_error_free(error);
+  } else if (gtk_builder_get_object(builder, "window") == nullptr &&
+             gtk_builder_get_object(builder, "sheet") == nullptr) {
+    NSLog("the window description %@ has neither a window nor a sheet", name);
+  } else {
+    engine_.adoptDormantViews(builder);
+    auto made = std::make_unique<LinuxWindow>(dispatch_, application_, builder);
+    setActionScopeWindow(scope, made.get());
+    window = std::move(made);
+  }
+  g_object_unref(builder);
+  g_object_unref(scope);
+  return window;
+}
+
+std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& /*frame*/) { return engine_.makeWebView(); }
+
+std::vector<Rect> LinuxWindowSystem::screens() const { return screenFrames(); }
+
+}  // namespace platform
