@@ -1,0 +1,75 @@
+# The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
+.DEFAULT_GOAL := build
+.PHONY: build run test bench check format tidy asan tsan coverage docs clean help
+
+# CMake's reports of what it found are of no interest, its warnings are.
+CONFIGURE := cmake --log-level=NOTICE --preset
+
+build: ## Build for use: build/LumoBrowser.app/lumobrowser, build/juniva-demo
+	@scripts/setup build
+	@$(CONFIGURE) release
+	cmake --build --preset release
+
+run: ## Open the kiosk on the demo server; without a display, on a virtual one
+	@scripts/run
+
+test: ## Build and run every test
+	@scripts/setup build test
+	@$(CONFIGURE) dev
+	cmake --build --preset dev
+	ctest --preset dev
+
+bench: ## Compare start and memory with other browsers
+	@scripts/setup build bench
+	@$(CONFIGURE) release
+	cmake --build --preset release
+	cmake --build --preset release --target first_pixel
+	bench/run
+
+check: ## Check format, layers and words
+	@scripts/setup build test
+	scripts/check-format
+	scripts/check-layers
+	scripts/check-words
+
+format: ## Format the C++ sources
+	@scripts/setup test
+	scripts/check-format --fix
+
+tidy: ## Run clang-tidy over what changed
+	@scripts/setup build test
+	@$(CONFIGURE) dev
+	scripts/check-tidy
+
+asan: ## Run the unit and contract tests under AddressSanitizer and UBSan
+	@scripts/setup build test
+	@$(CONFIGURE) asan
+	cmake --build --preset asan
+	ctest --preset asan
+
+tsan: ## Run the unit tests under ThreadSanitizer
+	@scripts/setup build test
+	@$(CONFIGURE) tsan
+	cmake --build --preset tsan
+	ctest --preset tsan
+
+coverage: ## Tell what the tests reach: build/coverage/report/index.html
+	@scripts/setup build test
+	@$(CONFIGURE) coverage
+	cmake --build --preset coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage
+	@mkdir -p build/coverage/report
+	gcovr --root . --object-directory build/coverage --filter src/ --filter tools/ --filter demo/ \
+	  --exclude-throw-branches --print-summary --html-details build/coverage/report/index.html
+
+docs: ## Make the reference of the interfaces: build/docs/html/index.html
+	@scripts/setup docs
+	@mkdir -p build/docs
+	doxygen docs/Doxyfile
+
+clean: ## Remove all that was built
+	rm -rf build
+
+help: ## List what can be made
+	@sed -n 's/^\([a-z]*\): ## /\1	/p' Makefile | expand -t12
