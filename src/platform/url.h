@@ -14,6 +14,8 @@ class Url {
   // such as "10.0.0.5:9090/x", parses without a scheme ("localhost:9090/x" has the scheme localhost). Absent
   // when it does not parse.
   static std::optional<Url> parse(std::string_view text);
+  static std::optional<Url> parse(const char* text) { return parse(std::string_view(text)); }
+  // An absent text does not parse.
   static std::optional<Url> parse(const std::optional<std::string>& text);
 
   // The text as it was given.

@@ -41,7 +41,9 @@ static GClosure* createClosure(GtkBuilderScope* scope, GtkBuilder* /*builder*/, 
                         [](gpointer data, GClosure*) { delete static_cast<Connection*>(data); });
 }
 
-static void scopeInterfaceInit(GtkBuilderScopeInterface* iface) { iface->create_closure = createClosure; }
+static void scopeInterfaceInit(GtkBuilderScopeInterface* iface) {
+  iface->create_closure = createClosure;
+}
 
 G_DEFINE_FINAL_TYPE_WITH_CODE(LumoActionScope, lumo_action_scope, GTK_TYPE_BUILDER_CSCOPE,
                               G_IMPLEMENT_INTERFACE(GTK_TYPE_BUILDER_SCOPE, scopeInterfaceInit))

@@ -39,8 +39,8 @@ static platform::Rect childFrame(LumoLayerBin* bin, int width, int height) {
   return {0, 0, static_cast<double>(width), static_cast<double>(height)};
 }
 
-static void layerBinMeasure(GtkWidget* widget, GtkOrientation orientation, int forSize, int* minimum, int* natural,
-                            int* minimumBaseline, int* naturalBaseline) {
+static void layerBinMeasure(GtkWidget* widget, GtkOrientation orientation, int forSize, int* minimum,
+                            int* natural, int* minimumBaseline, int* naturalBaseline) {
   LumoLayerBin* bin = LUMO_LAYER_BIN(widget);
   if (bin->child == nullptr) {
     return;
@@ -66,7 +66,8 @@ static void layerBinAllocate(GtkWidget* widget, int width, int height, int /*bas
   int minimumHeight = 0;
   gtk_widget_measure(bin->child, GTK_ORIENTATION_HORIZONTAL, -1, &minimumWidth, nullptr, nullptr, nullptr);
   const int childWidth = std::max(minimumWidth, static_cast<int>(std::floor(frame.width)));
-  gtk_widget_measure(bin->child, GTK_ORIENTATION_VERTICAL, childWidth, &minimumHeight, nullptr, nullptr, nullptr);
+  gtk_widget_measure(bin->child, GTK_ORIENTATION_VERTICAL, childWidth, &minimumHeight, nullptr, nullptr,
+                     nullptr);
   const int childHeight = std::max(minimumHeight, static_cast<int>(std::floor(frame.height)));
 
   // The transform belongs here and not into the drawing: only then do clicks follow it.
@@ -93,8 +94,8 @@ static void layerBinSnapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
   graphene_rect_t bounds;
   if (bin->state->background && gtk_widget_compute_bounds(bin->child, widget, &bounds)) {
     const platform::Color& color = *bin->state->background;
-    const GdkRGBA rgba{static_cast<float>(color.red), static_cast<float>(color.green), static_cast<float>(color.blue),
-                       static_cast<float>(color.alpha)};
+    const GdkRGBA rgba{static_cast<float>(color.red), static_cast<float>(color.green),
+                       static_cast<float>(color.blue), static_cast<float>(color.alpha)};
     gtk_snapshot_append_color(snapshot, &rgba, &bounds);
   }
   gtk_widget_snapshot_child(widget, bin->child, snapshot);
@@ -153,7 +154,9 @@ static void lumo_layer_bin_class_init(LumoLayerBinClass* klass) {
   gtk_widget_class_set_accessible_role(widgetClass, GTK_ACCESSIBLE_ROLE_GROUP);
 }
 
-static void lumo_layer_bin_init(LumoLayerBin* bin) { bin->state = new platform::LayerState; }
+static void lumo_layer_bin_init(LumoLayerBin* bin) {
+  bin->state = new platform::LayerState;
+}
 
 namespace platform {
 
@@ -161,7 +164,9 @@ GtkWidget* newLayerBin(bool isFree) {
   return GTK_WIDGET(g_object_new(LUMO_TYPE_LAYER_BIN, "free", static_cast<gboolean>(isFree), nullptr));
 }
 
-GtkWidget* layerBinChild(LumoLayerBin* bin) { return bin->child; }
+GtkWidget* layerBinChild(LumoLayerBin* bin) {
+  return bin->child;
+}
 
 void setLayerBinChild(LumoLayerBin* bin, GtkWidget* child) {
   if (bin->child == child) {
@@ -174,7 +179,9 @@ void setLayerBinChild(LumoLayerBin* bin, GtkWidget* child) {
   }
 }
 
-const LayerState& layerState(LumoLayerBin* bin) { return *bin->state; }
+const LayerState& layerState(LumoLayerBin* bin) {
+  return *bin->state;
+}
 
 void setLayerState(LumoLayerBin* bin, const LayerState& state) {
   const bool colorOnly = bin->state->frame == state.frame && bin->state->anchor == state.anchor &&

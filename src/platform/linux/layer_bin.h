@@ -1,8 +1,8 @@
 #pragma once
 
-#include <gtk/gtk.h>
-
 #include <optional>
+
+#include <gtk/gtk.h>
 
 #include "platform/geometry.h"
 #include "platform/view.h"
@@ -14,8 +14,9 @@ G_END_DECLS
 
 namespace platform {
 
-// What a LayerBin does with its child: it gives it a frame of its own inside the bin's space, turns it about an anchor point and
-// draws a colour behind it. Input follows, since the child is allocated through the transform.
+// What a LayerBin does with its child: it gives it a frame of its own inside the bin's space, turns it about
+// an anchor point and draws a colour behind it. Input follows, since the child is allocated through the
+// transform.
 struct LayerState {
   // In the bin's coordinates; absent: the child fills the bin.
   std::optional<Rect> frame;
@@ -27,7 +28,8 @@ struct LayerState {
   std::optional<Color> background;
 };
 
-// A bin whose size request is its child's, or nothing at all when it is free (for views that fill whatever there is).
+// A bin whose size request is its child's, or nothing at all when it is free (for views that fill whatever
+// there is).
 GtkWidget* newLayerBin(bool isFree);
 GtkWidget* layerBinChild(LumoLayerBin* bin);
 void setLayerBinChild(LumoLayerBin* bin, GtkWidget* child);

@@ -29,7 +29,8 @@ class LinuxButton final : public LinuxView, public Button {
   }
   void setTitle(const std::string& title) override {
     gtk_button_set_label(GTK_BUTTON(widget()), title.c_str());
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget()), GTK_ACCESSIBLE_PROPERTY_LABEL, title.c_str(), -1);
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget()), GTK_ACCESSIBLE_PROPERTY_LABEL, title.c_str(),
+                                   -1);
   }
   bool isEnabled() const override { return gtk_widget_get_sensitive(widget()); }
   void setEnabled(bool enabled) override { gtk_widget_set_sensitive(widget(), enabled); }
@@ -121,8 +122,8 @@ class LinuxProgressIndicator final : public LinuxView, public ProgressIndicator 
     animating_ = true;
     gtk_widget_set_opacity(widget(), 1);
     if (pulse_ == 0) {
-      // A slow beat costs next to nothing and shows that work goes on; the frame clock would redraw the page's window
-      // sixty times a second.
+      // A slow beat costs next to nothing and shows that work goes on; the frame clock would redraw the
+      // page's window sixty times a second.
       pulse_ = g_timeout_add(
           120,
           [](gpointer self) -> gboolean {

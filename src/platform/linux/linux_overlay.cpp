@@ -52,14 +52,24 @@ void LinuxOverlay::setBackgroundColor(std::optional<Color> color) {
   setLayer(state);
 }
 
-void LinuxOverlay::setAlphaValue(double alpha) { gtk_widget_set_opacity(content_, alpha); }
+void LinuxOverlay::setAlphaValue(double alpha) {
+  gtk_widget_set_opacity(content_, alpha);
+}
 
-View& LinuxOverlay::contentView() { return *LinuxView::of(dispatch_, content_); }
+View& LinuxOverlay::contentView() {
+  return *LinuxView::of(dispatch_, content_);
+}
 
-bool LinuxOverlay::isVisible() const { return gtk_widget_get_visible(content_) != FALSE && window_.isVisible(); }
+bool LinuxOverlay::isVisible() const {
+  return gtk_widget_get_visible(content_) != FALSE && window_.isVisible();
+}
 
-void LinuxOverlay::orderFrontRegardless() { contentView().setHidden(false); }
+void LinuxOverlay::orderFrontRegardless() {
+  contentView().setHidden(false);
+}
 
-void LinuxOverlay::orderOut() { contentView().setHidden(true); }
+void LinuxOverlay::orderOut() {
+  contentView().setHidden(true);
+}
 
 }  // namespace platform

@@ -10,7 +10,8 @@ namespace platform {
 class Dispatch;
 class LinuxWindow;
 
-// The layer above the page of a toplevel. A real transparent toplevel would need a compositor, which a kiosk seldom has.
+// The layer above the page of a toplevel. A real transparent toplevel would need a compositor, which a kiosk
+// seldom has.
 class LinuxOverlay final : public Overlay {
  public:
   LinuxOverlay(Dispatch& dispatch, LinuxWindow& window, GtkWidget* content);

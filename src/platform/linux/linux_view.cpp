@@ -11,11 +11,19 @@ namespace platform {
 
 namespace {
 
-GQuark viewQuark() { return g_quark_from_static_string("lumo-view"); }
-GQuark windowQuark() { return g_quark_from_static_string("lumo-window"); }
-GQuark contentQuark() { return g_quark_from_static_string("lumo-content-view"); }
+GQuark viewQuark() {
+  return g_quark_from_static_string("lumo-view");
+}
+GQuark windowQuark() {
+  return g_quark_from_static_string("lumo-window");
+}
+GQuark contentQuark() {
+  return g_quark_from_static_string("lumo-content-view");
+}
 
-void deleteView(gpointer view) { delete static_cast<LinuxView*>(view); }
+void deleteView(gpointer view) {
+  delete static_cast<LinuxView*>(view);
+}
 
 bool isContentView(GtkWidget* widget) {
   return g_object_get_qdata(G_OBJECT(widget), contentQuark()) != nullptr;
@@ -44,7 +52,9 @@ LumoLayerBin* wrapInBin(GtkWidget* widget) {
 
 }  // namespace
 
-void setWindowOf(GtkWidget* widget, Window* window) { g_object_set_qdata(G_OBJECT(widget), windowQuark(), window); }
+void setWindowOf(GtkWidget* widget, Window* window) {
+  g_object_set_qdata(G_OBJECT(widget), windowQuark(), window);
+}
 
 Window* windowOf(GtkWidget* widget) {
   for (; widget != nullptr; widget = gtk_widget_get_parent(widget)) {
@@ -61,7 +71,8 @@ void markContentView(GtkWidget* widget) {
 
 LinuxView::LinuxView(Dispatch& dispatch, GtkWidget* widget)
     : dispatch_(dispatch), widget_(widget), alive_(std::make_shared<int>(0)) {
-  // A view that its widget owns must not keep the widget alive; one that somebody else owns holds its own reference.
+  // A view that its widget owns must not keep the widget alive; one that somebody else owns holds its own
+  // reference.
   g_object_add_weak_pointer(G_OBJECT(widget_), reinterpret_cast<gpointer*>(&widget_));
 }
 
@@ -82,7 +93,7 @@ View* LinuxView::of(Dispatch& dispatch, GtkWidget* widget) {
     return view;
   }
   LinuxView* view = makeControl(dispatch, widget).release();
-  g_object_set_qdata_full(G_OBJECT(widget), viewQuark(), view, deleteView);
+  attachOwned(widget, view);
   return view;
 }
 
@@ -176,14 +187,21 @@ void LinuxView::addSubviewAbove(View& view, View* sibling) {
   }
 }
 
-Window* LinuxView::window() const { return windowOf(widget_); }
+void LinuxView::attachOwned(GtkWidget* widget, LinuxView* view) {
+  g_object_set_qdata_full(G_OBJECT(widget), viewQuark(), view, deleteView);
+}
+
+Window* LinuxView::window() const {
+  return windowOf(widget_);
+}
 
 Rect LinuxView::boundsOfSuperview() const {
   GtkWidget* parent = gtk_widget_get_parent(widget_);
   if (parent == nullptr) {
     return {};
   }
-  return {0, 0, static_cast<double>(gtk_widget_get_width(parent)), static_cast<double>(gtk_widget_get_height(parent))};
+  return {0, 0, static_cast<double>(gtk_widget_get_width(parent)),
+          static_cast<double>(gtk_widget_get_height(parent))};
 }
 
 LayerState LinuxView::layer() const {
@@ -224,6 +242,7 @@ Rect LinuxView::frame() const {
 }
 
 void LinuxView::setFrame(const Rect& frame) {
+  frameMotion_.reset();
   LayerState state = layer();
   const Rect wanted{frame.x, frame.y, std::max(0.0, frame.width), std::max(0.0, frame.height)};
   const Rect present = this->frame();
@@ -243,7 +262,9 @@ void LinuxView::setFrame(const Rect& frame) {
   setLayer(state);
 }
 
-bool LinuxView::isHidden() const { return !gtk_widget_get_visible(widget_); }
+bool LinuxView::isHidden() const {
+  return !gtk_widget_get_visible(widget_);
+}
 
 void LinuxView::setHidden(bool hidden) {
   gtk_widget_set_visible(widget_, !hidden);
@@ -260,7 +281,9 @@ void LinuxView::setOpacity(double opacity) {
   gtk_widget_set_opacity(widget_, opacity_);
 }
 
-std::optional<Color> LinuxView::backgroundColor() const { return layer().background; }
+std::optional<Color> LinuxView::backgroundColor() const {
+  return layer().background;
+}
 
 void LinuxView::setBackgroundColor(std::optional<Color> color) {
   LayerState state = layer();
@@ -268,7 +291,9 @@ void LinuxView::setBackgroundColor(std::optional<Color> color) {
   setLayer(state);
 }
 
-Point LinuxView::anchorPoint() const { return layer().anchor; }
+Point LinuxView::anchorPoint() const {
+  return layer().anchor;
+}
 
 void LinuxView::setLayerAnchorPoint(Point unit) {
   LayerState state = layer();

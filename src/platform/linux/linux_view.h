@@ -1,24 +1,24 @@
 #pragma once
 
-#include <gtk/gtk.h>
-
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <gtk/gtk.h>
+
 #include "platform/linux/layer_bin.h"
 #include "platform/view.h"
 
 namespace platform {
 
-// A widget as a view. Frames, turns and colours act through the LayerBin around the widget; a widget that stands in a
-// plain box gets its bin when it is first needed, one whose container has no place for a bin keeps the layout's frame, with a
-// line in the log.
+// A widget as a view. Frames, turns and colours act through the LayerBin around the widget; a widget that
+// stands in a plain box gets its bin when it is first needed, one whose container has no place for a bin
+// keeps the layout's frame, with a line in the log.
 class LinuxView : public virtual View {
  public:
-  // Takes a reference on the widget.
+  // Holds no reference: the widget owns its view, or the owner of both does.
   LinuxView(Dispatch& dispatch, GtkWidget* widget);
   ~LinuxView() override;
   LinuxView(const LinuxView&) = delete;
@@ -28,8 +28,9 @@ class LinuxView : public virtual View {
   static View* of(Dispatch& dispatch, GtkWidget* widget);
   // The view that was already made for `widget`, or null.
   static LinuxView* existing(GtkWidget* widget);
-  // Marks `view` as the one of `widget`; the widget does not own it.
+  // Marks `view` as the one of `widget`, which does not own it, or does.
   static void attach(GtkWidget* widget, LinuxView* view);
+  static void attachOwned(GtkWidget* widget, LinuxView* view);
 
   GtkWidget* widget() const { return widget_; }
   Dispatch& dispatch() const { return dispatch_; }
@@ -84,8 +85,8 @@ class LinuxView : public virtual View {
   double opacity_ = 1;
   double rotation_ = 0;
   guint tickId_ = 0;
-  std::unique_ptr<Motion> frameMotion_;
-  std::unique_ptr<Motion> opacityMotion_;
+  std::shared_ptr<Motion> frameMotion_;
+  std::shared_ptr<Motion> opacityMotion_;
   std::vector<std::pair<std::string, std::shared_ptr<Turn>>> turns_;
 };
 

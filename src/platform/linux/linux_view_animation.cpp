@@ -3,8 +3,8 @@
 
 #include "platform/linux/linux_view.h"
 
-// The drawn part of animations follows the frame clock; their ends follow the dispatch timers, so that a completion
-// comes at its time also for a view that is not on screen.
+// The drawn part of animations follows the frame clock; their ends follow the dispatch timers, so that a
+// completion comes at its time also for a view that is not on screen.
 
 namespace platform {
 
@@ -17,7 +17,9 @@ struct LinuxView::Motion {
   double toOpacity = 0;
 
   double progress(gint64 now) const {
-    return duration <= 0 ? 1 : std::clamp(static_cast<double>(now - start) / static_cast<double>(duration), 0.0, 1.0);
+    return duration <= 0
+               ? 1
+               : std::clamp(static_cast<double>(now - start) / static_cast<double>(duration), 0.0, 1.0);
   }
 };
 
@@ -37,9 +39,13 @@ struct LinuxView::Turn {
 namespace {
 
 // Eases in and out, as desktop animations do; begins and ends at rest.
-double eased(double part) { return part * part * (3 - 2 * part); }
+double eased(double part) {
+  return part * part * (3 - 2 * part);
+}
 
-double between(double from, double to, double part) { return from + (to - from) * part; }
+double between(double from, double to, double part) {
+  return from + (to - from) * part;
+}
 
 }  // namespace
 
@@ -51,7 +57,7 @@ void LinuxView::startTicking() {
       widget_,
       [](GtkWidget*, GdkFrameClock* clock, gpointer self) -> gboolean {
         return static_cast<LinuxView*>(self)->tick(gdk_frame_clock_get_frame_time(clock)) ? G_SOURCE_CONTINUE
-                                                                                         : G_SOURCE_REMOVE;
+                                                                                          : G_SOURCE_REMOVE;
       },
       this, nullptr);
 }
@@ -62,7 +68,8 @@ bool LinuxView::tick(gint64 frameTime) {
     const double part = motion.progress(frameTime);
     const double shown = eased(part);
     LayerState state = layer();
-    // What is drawn differs from the frame, which has its new value already, by an offset that ends at nothing.
+    // What is drawn differs from the frame, which has its new value already, by an offset that ends at
+    // nothing.
     state.offset = {between(motion.fromFrame.x - motion.toFrame.x, 0, shown),
                     between(motion.fromFrame.y - motion.toFrame.y, 0, shown)};
     setLayer(state);
@@ -100,7 +107,7 @@ void LinuxView::showRotation() {
 }
 
 void LinuxView::animateFrame(const Rect& frame, Millis duration, Block completion) {
-  auto motion = std::make_unique<Motion>();
+  auto motion = std::make_shared<Motion>();
   motion->start = g_get_monotonic_time();
   motion->duration = duration.count() * 1000;
   motion->fromFrame = this->frame();
@@ -116,7 +123,7 @@ void LinuxView::animateFrame(const Rect& frame, Millis duration, Block completio
 }
 
 void LinuxView::animateOpacity(double opacity, Millis duration, Block completion) {
-  auto motion = std::make_unique<Motion>();
+  auto motion = std::make_shared<Motion>();
   motion->start = g_get_monotonic_time();
   motion->duration = duration.count() * 1000;
   motion->fromOpacity = gtk_widget_get_opacity(widget_);
@@ -150,7 +157,8 @@ void LinuxView::addAnimation(const RotationAnimation& animation, const std::stri
     if (alive.expired()) {
       return;
     }
-    const auto place = std::find_if(turns_.begin(), turns_.end(), [&](const auto& entry) { return entry.second == turn; });
+    const auto place =
+        std::find_if(turns_.begin(), turns_.end(), [&](const auto& entry) { return entry.second == turn; });
     if (place == turns_.end()) {
       return;
     }
@@ -163,7 +171,8 @@ void LinuxView::addAnimation(const RotationAnimation& animation, const std::stri
 }
 
 void LinuxView::removeAnimation(const std::string& key) {
-  const auto place = std::find_if(turns_.begin(), turns_.end(), [&](const auto& entry) { return entry.first == key; });
+  const auto place =
+      std::find_if(turns_.begin(), turns_.end(), [&](const auto& entry) { return entry.first == key; });
   if (place == turns_.end()) {
     return;
   }

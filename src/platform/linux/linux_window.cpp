@@ -20,8 +20,8 @@ std::vector<Rect> screenFrames() {
     GdkRectangle area;
     gdk_monitor_get_geometry(monitor, &area);
     g_object_unref(monitor);
-    frames.push_back({static_cast<double>(area.x), static_cast<double>(area.y), static_cast<double>(area.width),
-                      static_cast<double>(area.height)});
+    frames.push_back({static_cast<double>(area.x), static_cast<double>(area.y),
+                      static_cast<double>(area.width), static_cast<double>(area.height)});
   }
   return frames;
 }
@@ -85,11 +85,13 @@ void LinuxWindow::connectToplevel() {
                      return TRUE;
                    }),
                    this);
-  g_signal_connect(toplevel_, "notify::is-active", G_CALLBACK(+[](GtkWindow* window, GParamSpec*, gpointer self) {
-                     static_cast<LinuxWindow*>(self)->application_.noteActiveChanged(gtk_window_is_active(window));
-                   }),
-                   this);
-  g_signal_connect(toplevel_, "notify::fullscreened", G_CALLBACK(+[](GtkWindow* toplevel, GParamSpec*, gpointer self) {
+  g_signal_connect(
+      toplevel_, "notify::is-active", G_CALLBACK(+[](GtkWindow* window, GParamSpec*, gpointer self) {
+        static_cast<LinuxWindow*>(self)->application_.noteActiveChanged(gtk_window_is_active(window));
+      }),
+      this);
+  g_signal_connect(toplevel_, "notify::fullscreened",
+                   G_CALLBACK(+[](GtkWindow* toplevel, GParamSpec*, gpointer self) {
                      auto* window = static_cast<LinuxWindow*>(self);
                      if (gtk_window_is_fullscreen(toplevel) && window->delegate_ != nullptr) {
                        window->delegate_->windowDidEnterFullScreen(*window);
@@ -97,13 +99,15 @@ void LinuxWindow::connectToplevel() {
                    }),
                    this);
   g_signal_connect(toplevel_, "realize", G_CALLBACK(+[](GtkWidget* widget, gpointer self) {
-                     g_signal_connect_swapped(gtk_native_get_surface(GTK_NATIVE(widget)), "layout",
-                                              G_CALLBACK(+[](LinuxWindow* window) { window->surfaceResized(); }), self);
+                     g_signal_connect_swapped(
+                         gtk_native_get_surface(GTK_NATIVE(widget)), "layout",
+                         G_CALLBACK(+[](LinuxWindow* window) { window->surfaceResized(); }), self);
                    }),
                    this);
   g_signal_connect(toplevel_, "map", G_CALLBACK(+[](GtkWidget*, gpointer self) {
                      auto* window = static_cast<LinuxWindow*>(self);
-                     // The window manager forgets the state with every unmapping, and the place is its choice until now.
+                     // The window manager forgets the state with every unmapping, and the place is its choice
+                     // until now.
                      window->setLevel(window->level_);
                      if (window->wantedPosition_ != Point{} || window->coversScreen(window->frame())) {
                        x11Move(window->toplevel_, window->wantedPosition_);
@@ -138,7 +142,8 @@ void LinuxWindow::beginAlert(const Alert& alert, AlertCompletion completion) {
 
 Rect LinuxWindow::frame() const {
   if (toplevel_ == nullptr) {
-    return {0, 0, static_cast<double>(gtk_widget_get_width(sheet_)), static_cast<double>(gtk_widget_get_height(sheet_))};
+    return {0, 0, static_cast<double>(gtk_widget_get_width(sheet_)),
+            static_cast<double>(gtk_widget_get_height(sheet_))};
   }
   Rect frame{wantedPosition_.x, wantedPosition_.y, 0, 0};
   int width = gtk_widget_get_width(GTK_WIDGET(toplevel_));
@@ -193,7 +198,8 @@ void LinuxWindow::toggleFullScreen() {
   } else if (const Rect present = frame(); coversScreen(present)) {
     Rect usual = usualFrame_;
     if (usual.width <= 0 || coversScreen(usual)) {
-      usual = {present.x + present.width / 10, present.y + present.height / 10, present.width * 0.8, present.height * 0.8};
+      usual = {present.x + present.width / 10, present.y + present.height / 10, present.width * 0.8,
+               present.height * 0.8};
     }
     setFrame(usual, true);
   } else {
@@ -302,7 +308,9 @@ View* LinuxWindow::viewWithTag(int tag) {
   return search(contentView());
 }
 
-Overlay* LinuxWindow::overlay() { return overlay_.get(); }
+Overlay* LinuxWindow::overlay() {
+  return overlay_.get();
+}
 
 void LinuxWindow::setAction(const std::string& action, std::function<void(View&)> handler) {
   actions_[action] = std::move(handler);
@@ -329,7 +337,9 @@ void LinuxWindow::makeKeyAndOrderFront() {
   }
 }
 
-void LinuxWindow::orderFront() { makeKeyAndOrderFront(); }
+void LinuxWindow::orderFront() {
+  makeKeyAndOrderFront();
+}
 
 void LinuxWindow::orderOut() {
   if (toplevel_ != nullptr) {
@@ -344,7 +354,9 @@ bool LinuxWindow::isVisible() const {
   return gtk_widget_get_root(sheet_) != nullptr;
 }
 
-void LinuxWindow::close() { orderOut(); }
+void LinuxWindow::close() {
+  orderOut();
+}
 
 void LinuxWindow::beginSheet(Window& sheet, std::function<void(int)> completion) {
   auto* child = dynamic_cast<LinuxWindow*>(&sheet);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <gtk/gtk.h>
-
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+
+#include <gtk/gtk.h>
 
 #include "platform/linux/layer_bin.h"
 #include "platform/linux/sheet_host.h"
@@ -17,10 +17,11 @@ class Dispatch;
 class LinuxApplication;
 class LinuxOverlay;
 
-// One window description brought to life: a toplevel (the description's object "window") or the content of a sheet (its object
-// "sheet"). Other objects with a meaning are optional: "sheetRoot" (the overlay in which sheets are drawn), "menuBarSlot",
-// "barBox" (title bar and navigation bar), "frameBox" and "pageOverlay" (between which the bars move), "toolbar",
-// "titleLabel", "contentView" and "ibChildWindow" (the layer above the page).
+// One window description brought to life: a toplevel (the description's object "window") or the content of a
+// sheet (its object "sheet"). Other objects with a meaning are optional: "sheetRoot" (the overlay in which
+// sheets are drawn), "menuBarSlot", "barBox" (title bar and navigation bar), "frameBox" and "pageOverlay"
+// (between which the bars move), "toolbar", "titleLabel", "contentView" and "ibChildWindow" (the layer above
+// the page).
 class LinuxWindow final : public Window {
  public:
   LinuxWindow(Dispatch& dispatch, LinuxApplication& application, GtkBuilder* builder);

@@ -62,8 +62,12 @@ std::unique_ptr<Window> LinuxWindowSystem::loadWindow(const std::string& name) {
   return window;
 }
 
-std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& /*frame*/) { return engine_.makeWebView(); }
+std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& /*frame*/) {
+  return engine_.makeWebView();
+}
 
-std::vector<Rect> LinuxWindowSystem::screens() const { return screenFrames(); }
+std::vector<Rect> LinuxWindowSystem::screens() const {
+  return screenFrames();
+}
 
 }  // namespace platform

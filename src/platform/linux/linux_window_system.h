@@ -13,11 +13,12 @@ class Dispatch;
 class LinuxApplication;
 class WebEngine;
 
-// Windows from the bundle's descriptions (Resources/NAME.ui), web views from the engine. Made after the toolkit is
-// initialised; all that it is given must outlive it.
+// Windows from the bundle's descriptions (Resources/NAME.ui), web views from the engine. Made after the
+// toolkit is initialised; all that it is given must outlive it.
 class LinuxWindowSystem final : public WindowSystem {
  public:
-  LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& application, const Bundle& bundle, WebEngine& engine);
+  LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& application, const Bundle& bundle,
+                    WebEngine& engine);
 
   std::unique_ptr<Window> loadWindow(const std::string& name) override;
   std::unique_ptr<WebView> makeWebView(const Rect& frame) override;

@@ -27,7 +27,8 @@ GtkWidget* label(const std::string& text, const char* styleClass) {
 
 }  // namespace
 
-SheetHost::SheetHost(LinuxApplication& application, GtkOverlay* root) : application_(application), root_(root) {
+SheetHost::SheetHost(LinuxApplication& application, GtkOverlay* root)
+    : application_(application), root_(root) {
   g_object_add_weak_pointer(G_OBJECT(root_), reinterpret_cast<gpointer*>(&root_));
 }
 
@@ -47,21 +48,23 @@ void SheetHost::attachKeys() {
     return;
   }
   keysAttached_ = true;
-  // On the toplevel and in the capture phase: Escape counts wherever the focus is, before any widget takes it.
+  // On the toplevel and in the capture phase: Escape counts wherever the focus is, before any widget takes
+  // it.
   GtkEventController* keys = gtk_event_controller_key_new();
   gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
-  g_signal_connect(keys, "key-pressed",
-                   G_CALLBACK(+[](GtkEventControllerKey*, guint key, guint, GdkModifierType, gpointer self) -> gboolean {
-                     auto* host = static_cast<SheetHost*>(self);
-                     if (key != GDK_KEY_Escape || host->layers_.empty()) {
-                       return GDK_EVENT_PROPAGATE;
-                     }
-                     if (const std::function<void()> escape = host->layers_.back().escape) {
-                       escape();
-                     }
-                     return GDK_EVENT_STOP;
-                   }),
-                   this);
+  g_signal_connect(
+      keys, "key-pressed",
+      G_CALLBACK(+[](GtkEventControllerKey*, guint key, guint, GdkModifierType, gpointer self) -> gboolean {
+        auto* host = static_cast<SheetHost*>(self);
+        if (key != GDK_KEY_Escape || host->layers_.empty()) {
+          return GDK_EVENT_PROPAGATE;
+        }
+        if (const std::function<void()> escape = host->layers_.back().escape) {
+          escape();
+        }
+        return GDK_EVENT_STOP;
+      }),
+      this);
   gtk_widget_add_controller(GTK_WIDGET(gtk_widget_get_root(GTK_WIDGET(root_))), keys);
 }
 
@@ -112,7 +115,8 @@ void SheetHost::show(const Waiting& waiting) {
 }
 
 void SheetHost::dismiss(GtkWidget* card) {
-  const auto found = std::find_if(layers_.begin(), layers_.end(), [&](const Layer& layer) { return layer.card == card; });
+  const auto found =
+      std::find_if(layers_.begin(), layers_.end(), [&](const Layer& layer) { return layer.card == card; });
   if (found == layers_.end() || root_ == nullptr) {
     return;
   }
@@ -147,14 +151,14 @@ void SheetHost::forget(const void* owner) {
 }
 
 SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& completion) {
-  auto* card = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL, "accessible-role",
-                                       GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
+  auto* card = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL,
+                                       "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
   gtk_widget_add_css_class(card, "lumo-alert");
   if (alert.style == AlertStyle::Critical) {
     gtk_widget_add_css_class(card, "critical");
   }
-  gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL, alert.messageText.c_str(),
-                                 GTK_ACCESSIBLE_PROPERTY_MODAL, TRUE, -1);
+  gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                 alert.messageText.c_str(), GTK_ACCESSIBLE_PROPERTY_MODAL, TRUE, -1);
   gtk_box_append(GTK_BOX(card), label(alert.messageText, "lumo-alert-message"));
   if (!alert.informativeText.empty()) {
     std::string text = alert.informativeText;
@@ -202,10 +206,9 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
       shown.escape = [answer, tag = button.tag] { answer(tag); };
     }
     if (first && entry != nullptr) {
-      g_signal_connect_swapped(entry, "activate", G_CALLBACK(+[](GtkWidget* target) {
-                                 g_signal_emit_by_name(target, "clicked");
-                               }),
-                               widget);
+      g_signal_connect_swapped(
+          entry, "activate", G_CALLBACK(+[](GtkWidget* target) { g_signal_emit_by_name(target, "clicked"); }),
+          widget);
     }
     gtk_box_append(GTK_BOX(row), widget);
   }
@@ -213,7 +216,8 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
 }
 
 void SheetHost::enqueueAlert(const void* owner, const Alert& alert, AlertCompletion completion) {
-  enqueue(owner, [this, alert, completion = std::move(completion)] { return makeAlertCard(alert, completion); });
+  enqueue(owner,
+          [this, alert, completion = std::move(completion)] { return makeAlertCard(alert, completion); });
 }
 
 }  // namespace platform

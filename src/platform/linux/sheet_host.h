@@ -1,10 +1,10 @@
 #pragma once
 
-#include <gtk/gtk.h>
-
 #include <deque>
 #include <functional>
 #include <vector>
+
+#include <gtk/gtk.h>
 
 #include "platform/alert.h"
 
@@ -12,17 +12,18 @@ namespace platform {
 
 class LinuxApplication;
 
-// What is drawn for one sheet: the card, what has the focus first (null: the first that takes it) and what Escape
-// does (empty: nothing).
+// What is drawn for one sheet: the card, what has the focus first (null: the first that takes it) and what
+// Escape does (empty: nothing).
 struct SheetCard {
   GtkWidget* card = nullptr;
   GtkWidget* focus = nullptr;
   std::function<void()> escape;
 };
 
-// Draws sheets and alerts inside their toplevel, over a dimmed page. Everything behind a sheet is insensitive, so that neither
-// Tab nor a click nor a page's own dialog leaves it, and the application's actions are off. Sheets of one owner (a window, the
-// layer above it, a sheet) wait their turn; those of different owners stack. Main queue only.
+// Draws sheets and alerts inside their toplevel, over a dimmed page. Everything behind a sheet is
+// insensitive, so that neither Tab nor a click nor a page's own dialog leaves it, and the application's
+// actions are off. Sheets of one owner (a window, the layer above it, a sheet) wait their turn; those of
+// different owners stack. Main queue only.
 class SheetHost {
  public:
   // `root` is the toplevel's overlay whose child is the window's content.

@@ -19,8 +19,8 @@ std::optional<X11Surface> surfaceOf(GtkWindow* window) {
   if (surface == nullptr || !GDK_IS_X11_SURFACE(surface)) {
     return std::nullopt;
   }
-  return X11Surface{gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface)), gdk_x11_surface_get_xid(surface),
-                    gdk_surface_get_scale_factor(surface)};
+  return X11Surface{gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface)),
+                    gdk_x11_surface_get_xid(surface), gdk_surface_get_scale_factor(surface)};
 }
 
 // How far the shadow reaches beyond the window at the left and top, in device pixels.
@@ -32,8 +32,8 @@ Point shadow(const X11Surface& surface) {
   unsigned char* data = nullptr;
   Point extent;
   const Atom property = XInternAtom(surface.display, "_GTK_FRAME_EXTENTS", False);
-  if (XGetWindowProperty(surface.display, surface.window, property, 0, 4, False, XA_CARDINAL, &type, &format, &count,
-                         &rest, &data) == Success &&
+  if (XGetWindowProperty(surface.display, surface.window, property, 0, 4, False, XA_CARDINAL, &type, &format,
+                         &count, &rest, &data) == Success &&
       data != nullptr) {
     if (format == 32 && count == 4) {
       const auto* values = reinterpret_cast<const long*>(data);
@@ -46,7 +46,9 @@ Point shadow(const X11Surface& surface) {
 
 }  // namespace
 
-bool isOnX11(GtkWindow* window) { return GDK_IS_X11_DISPLAY(gtk_widget_get_display(GTK_WIDGET(window))); }
+bool isOnX11(GtkWindow* window) {
+  return GDK_IS_X11_DISPLAY(gtk_widget_get_display(GTK_WIDGET(window)));
+}
 
 std::optional<Point> x11Position(GtkWindow* window) {
   const auto surface = surfaceOf(window);
@@ -57,8 +59,8 @@ std::optional<Point> x11Position(GtkWindow* window) {
   int y = 0;
   ::Window child = None;
   gdk_x11_display_error_trap_push(gtk_widget_get_display(GTK_WIDGET(window)));
-  const Bool known = XTranslateCoordinates(surface->display, surface->window, DefaultRootWindow(surface->display), 0, 0,
-                                           &x, &y, &child);
+  const Bool known = XTranslateCoordinates(surface->display, surface->window,
+                                           DefaultRootWindow(surface->display), 0, 0, &x, &y, &child);
   const Point extent = shadow(*surface);
   gdk_x11_display_error_trap_pop_ignored(gtk_widget_get_display(GTK_WIDGET(window)));
   if (known == False) {

@@ -1,0 +1,147 @@
+#include "platform/linux/linux_web_view.h"
+
+#include <algorithm>
+
+#include "platform/linux/kiosk_answers.h"
+#include "platform/linux/web_engine.h"
+#include "platform/log.h"
+
+namespace platform {
+
+LinuxWebView::LinuxWebView(Dispatch& dispatch, WebEngine& engine, GtkWidget* widget, GtkWidget* engineView)
+    : LinuxView(dispatch, widget), engine_(engine) {
+  if (engineView != nullptr) {
+    web_ = WEBKIT_WEB_VIEW(g_object_ref_sink(engineView));
+    attach(widget, this);
+    connectEngine();
+  }
+}
+
+LinuxWebView::~LinuxWebView() {
+  if (web_ != nullptr) {
+    g_signal_handlers_disconnect_by_data(web_, this);
+    g_object_unref(web_);
+  }
+}
+
+WebKitWebView* LinuxWebView::engineView() {
+  if (web_ == nullptr) {
+    GtkWidget* made = engine_.makeEngineView();
+    web_ = WEBKIT_WEB_VIEW(g_object_ref_sink(made));
+    gtk_widget_set_hexpand(made, TRUE);
+    gtk_widget_set_vexpand(made, TRUE);
+    gtk_box_append(GTK_BOX(widget()), made);
+    connectEngine();
+    if (customUserAgent_) {
+      webkit_settings_set_user_agent(webkit_web_view_get_settings(web_), customUserAgent_->c_str());
+    }
+  }
+  return web_;
+}
+
+void LinuxWebView::connectEngine() {
+  answerForView(web_);
+  g_signal_connect(web_, "load-changed",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+                     static_cast<LinuxWebView*>(self)->loadChanged(event);
+                   }),
+                   this);
+  g_signal_connect(web_, "load-failed",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, char* uri, GError* error,
+                                  gpointer self) -> gboolean {
+                     return static_cast<LinuxWebView*>(self)->loadFailed(event, uri, error);
+                   }),
+                   this);
+  g_signal_connect(web_, "decide-policy",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
+                                  WebKitPolicyDecisionType type, gpointer self) -> gboolean {
+                     return static_cast<LinuxWebView*>(self)->decidePolicy(decision, type);
+                   }),
+                   this);
+  g_signal_connect(
+      web_, "create",
+      G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction* action, gpointer self) -> GtkWidget* {
+        static_cast<LinuxWebView*>(self)->newWindow(action);
+        return nullptr;
+      }),
+      this);
+  g_signal_connect(web_, "script-dialog",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer self) -> gboolean {
+                     return static_cast<LinuxWebView*>(self)->scriptDialog(dialog);
+                   }),
+                   this);
+  g_signal_connect(web_, "web-process-terminated",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer self) {
+                     auto* view = static_cast<LinuxWebView*>(self);
+                     NSLog("the web process has ended (reason %i)", static_cast<int>(reason));
+                     view->stopTimer();
+                     if (view->delegate_ != nullptr) {
+                       view->delegate_->webViewWebContentProcessDidTerminate(*view);
+                     }
+                   }),
+                   this);
+  g_signal_connect(web_, "close", G_CALLBACK(+[](WebKitWebView*, gpointer self) {
+                     auto* view = static_cast<LinuxWebView*>(self);
+                     if (view->delegate_ != nullptr) {
+                       view->delegate_->webViewDidClose(*view);
+                     }
+                   }),
+                   this);
+}
+
+void LinuxWebView::setHidden(bool hidden) {
+  if (!hidden) {
+    engineView();
+  }
+  LinuxView::setHidden(hidden);
+}
+
+std::optional<Url> LinuxWebView::url() const {
+  if (decidedUrl_) {
+    return decidedUrl_;
+  }
+  const char* uri = web_ == nullptr ? nullptr : webkit_web_view_get_uri(web_);
+  return uri == nullptr ? std::nullopt : Url::parse(uri);
+}
+
+UrlRequest LinuxWebView::frameRequest() const {
+  const auto present = url();
+  return {
+      present ? *present : *Url::parse("about:blank"), CachePolicy::UseProtocolCachePolicy, Millis{0}, {}};
+}
+
+void LinuxWebView::goBack() {
+  if (web_ != nullptr) {
+    webkit_web_view_go_back(web_);
+  }
+}
+
+void LinuxWebView::goForward() {
+  if (web_ != nullptr) {
+    webkit_web_view_go_forward(web_);
+  }
+}
+
+double LinuxWebView::estimatedProgress() const {
+  return web_ == nullptr ? 0 : webkit_web_view_get_estimated_load_progress(web_);
+}
+
+std::string LinuxWebView::userAgentNow() const {
+  return customUserAgent_ ? *customUserAgent_ : engine_.userAgent();
+}
+
+void LinuxWebView::setCustomUserAgent(const std::string& agent) {
+  // A header value cannot hold line breaks (RFC 9110, 5.5).
+  std::string clean = agent;
+  std::erase_if(clean, [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
+  customUserAgent_ = clean;
+  if (web_ != nullptr) {
+    webkit_settings_set_user_agent(webkit_web_view_get_settings(web_), clean.c_str());
+  }
+}
+
+void LinuxWebView::disableCache() {
+  engine_.disableCache();
+}
+
+}  // namespace platform

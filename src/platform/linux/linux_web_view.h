@@ -1,0 +1,80 @@
+#pragma once
+
+#include <webkit/webkit.h>
+
+#include "platform/linux/linux_view.h"
+#include "platform/web_view.h"
+
+namespace platform {
+
+class WebEngine;
+
+// An engine view, or the dormant place of one: then `widget` is a box, and the engine view is made and put
+// into it on first use.
+class LinuxWebView final : public LinuxView, public WebView {
+ public:
+  LinuxWebView(Dispatch& dispatch, WebEngine& engine, GtkWidget* widget, GtkWidget* engineView);
+  ~LinuxWebView() override;
+
+  ViewKind kind() const override { return ViewKind::WebView; }
+  void setHidden(bool hidden) override;
+
+  void setDelegate(WebViewDelegate* delegate) override { delegate_ = delegate; }
+  void load(const UrlRequest& request) override;
+  void loadHTMLString(const std::string& html, const std::optional<Url>& base) override;
+  std::optional<Url> url() const override;
+  void goBack() override;
+  void goForward() override;
+  double estimatedProgress() const override;
+  void evaluateJavaScript(
+      const std::string& script,
+      std::function<void(std::optional<PropertyList>, std::optional<WebError>)> completion) override;
+  std::optional<std::string> stringByEvaluatingJavaScriptFromString(const std::string& script) override;
+  std::optional<std::string> customUserAgent() const override { return customUserAgent_; }
+  void setCustomUserAgent(const std::string& agent) override;
+  void takeSnapshot(std::function<void(std::optional<Image>)> completion) override;
+  void disableCache() override;
+
+ private:
+  // The main frame's navigation as far as it has come.
+  struct Navigation {
+    // What was asked for by load or loadHTMLString; empty for what the page began itself.
+    std::string requested;
+    // A page of the system's own making, or an address that really is about:blank.
+    bool blankExpected = false;
+    Millis timeout{0};
+    bool timedOut = false;
+    // It failed or was replaced: the engine's "finished" that follows does not count.
+    bool failed = false;
+  };
+
+  WebKitWebView* engineView();
+  void connectEngine();
+  std::string userAgentNow() const;
+  UrlRequest frameRequest() const;
+
+  void loadChanged(WebKitLoadEvent event);
+  bool loadFailed(WebKitLoadEvent event, const char* uri, const GError* error);
+  void committed();
+  void startTimer();
+  void stopTimer();
+  void timeOut(std::uint64_t serial);
+
+  bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
+  void decideAction(WebKitNavigationPolicyDecision* decision);
+  void decideResponse(WebKitResponsePolicyDecision* decision);
+  void newWindow(WebKitNavigationAction* action);
+  bool scriptDialog(WebKitScriptDialog* dialog);
+
+  WebEngine& engine_;
+  WebKitWebView* web_ = nullptr;
+  WebViewDelegate* delegate_ = nullptr;
+  std::optional<std::string> customUserAgent_;
+  Navigation navigation_;
+  // What load was asked for last, until the engine says that it has started.
+  std::optional<Navigation> requested_;
+  std::uint64_t timerSerial_ = 0;
+  std::optional<Url> decidedUrl_;
+};
+
+}  // namespace platform

@@ -1,0 +1,136 @@
+#include <cstring>
+
+#include "platform/linux/linux_web_view.h"
+#include "platform/linux/web_engine.h"
+#include "platform/log.h"
+
+// How a navigation of the main frame goes, told to the delegate in the platform's terms. The engine's own
+// account differs: a failed navigation is also said to have finished, a replaced one to have failed, and a
+// refused port commits an empty page.
+
+namespace platform {
+
+namespace {
+
+constexpr const char* kBlankPage = "about:blank";
+// The server is asked in any case with a date that is never newer than the page; the engine takes the header
+// off itself again for redirects. Its own cache rule has no effect on pages that are kept in memory.
+constexpr const char* kNeverNotModified = "Thu, 01 Jan 1970 00:00:00 GMT";
+
+}  // namespace
+
+void LinuxWebView::load(const UrlRequest& request) {
+  WebKitWebView* web = engineView();
+  const std::string& address = request.url.absoluteString();
+  WebKitURIRequest* asked = webkit_uri_request_new(address.c_str());
+  if (SoupMessageHeaders* headers = webkit_uri_request_get_http_headers(asked)) {
+    for (const auto& [name, value] : request.headers) {
+      soup_message_headers_append(headers, name.c_str(), value.c_str());
+    }
+    if (request.cachePolicy == CachePolicy::ReloadIgnoringLocalCacheData) {
+      soup_message_headers_replace(headers, "If-Modified-Since", kNeverNotModified);
+    }
+  }
+  stopTimer();
+  requested_ = Navigation{address, address.starts_with(kBlankPage), request.timeout, false, false};
+  webkit_web_view_load_request(web, asked);
+  g_object_unref(asked);
+}
+
+void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<Url>& base) {
+  WebKitWebView* web = engineView();
+  stopTimer();
+  requested_ = Navigation{base ? base->absoluteString() : kBlankPage, true, Millis{0}, false, false};
+  webkit_web_view_load_html(web, html.c_str(), base ? base->absoluteString().c_str() : nullptr);
+}
+
+void LinuxWebView::startTimer() {
+  stopTimer();
+  if (navigation_.timeout.count() > 0) {
+    dispatch().main().after(navigation_.timeout, [this, alive = lifetime(), serial = timerSerial_] {
+      if (!alive.expired()) {
+        timeOut(serial);
+      }
+    });
+  }
+}
+
+void LinuxWebView::stopTimer() {
+  ++timerSerial_;
+}
+
+void LinuxWebView::timeOut(std::uint64_t serial) {
+  if (serial == timerSerial_ && !navigation_.failed) {
+    navigation_.timedOut = true;
+    webkit_web_view_stop_loading(web_);
+  }
+}
+
+void LinuxWebView::loadChanged(WebKitLoadEvent event) {
+  switch (event) {
+    case WEBKIT_LOAD_STARTED:
+      navigation_ = requested_.value_or(Navigation{});
+      requested_.reset();
+      startTimer();
+      if (delegate_ != nullptr) {
+        delegate_->webView_didStartProvisionalNavigation(*this);
+      }
+      break;
+    case WEBKIT_LOAD_REDIRECTED:
+      startTimer();
+      break;
+    case WEBKIT_LOAD_COMMITTED:
+      stopTimer();
+      committed();
+      break;
+    case WEBKIT_LOAD_FINISHED:
+      stopTimer();
+      if (!navigation_.failed && delegate_ != nullptr) {
+        delegate_->webView_didFinishNavigation(*this);
+      }
+      break;
+  }
+}
+
+void LinuxWebView::committed() {
+  const char* uri = webkit_web_view_get_uri(web_);
+  if (navigation_.requested.empty() || navigation_.blankExpected || uri == nullptr ||
+      std::strcmp(uri, kBlankPage) != 0) {
+    return;
+  }
+  // The engine refuses some ports without a word and shows an empty page instead.
+  navigation_.failed = true;
+  if (delegate_ != nullptr) {
+    delegate_->webView_didFailProvisionalNavigation_withError(
+        *this, {WEBKIT_POLICY_ERROR_CANNOT_USE_RESTRICTED_PORT, "The engine refuses this address",
+                navigation_.requested});
+  }
+}
+
+bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GError* error) {
+  stopTimer();
+  const bool timedOut = navigation_.timedOut;
+  const bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+  navigation_.failed = true;
+  navigation_.timedOut = false;
+  if ((cancelled && !timedOut) || delegate_ == nullptr) {
+    // A newer load has taken this one's place; an error page now would replace the new page.
+    return true;
+  }
+  WebError failure{error->code, error->message, std::nullopt};
+  if (uri != nullptr && *uri != '\0') {
+    failure.failingUrlString = uri;
+  }
+  if (timedOut && cancelled) {
+    failure.code = kErrorTimedOut;
+    failure.localizedDescription = "The request timed out.";
+  }
+  if (event == WEBKIT_LOAD_STARTED || event == WEBKIT_LOAD_REDIRECTED) {
+    delegate_->webView_didFailProvisionalNavigation_withError(*this, failure);
+  } else {
+    delegate_->webView_didFailNavigation_withError(*this, failure);
+  }
+  return true;
+}
+
+}  // namespace platform
