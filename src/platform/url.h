@@ -15,6 +15,7 @@ class Url {
   // when it does not parse.
   static std::optional<Url> parse(std::string_view text);
   static std::optional<Url> parse(const char* text) { return parse(std::string_view(text)); }
+  static std::optional<Url> parse(const std::string& text) { return parse(std::string_view(text)); }
   // An absent text does not parse.
   static std::optional<Url> parse(const std::optional<std::string>& text);
 

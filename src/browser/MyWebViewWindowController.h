@@ -1,0 +1,147 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "browser/Sender.h"
+#include "platform/notification_center.h"
+#include "platform/platform.h"
+#include "platform/queue.h"
+#include "platform/web_view.h"
+#include "platform/window.h"
+
+namespace lumo {
+
+class MyPreferencesWindowController;
+
+// A constraint of the window description that sets a length, in logical pixels.
+struct LayoutConstraint {
+  double constant = 0;
+};
+
+// The kiosk's browser window: one window that shows the photo server's application, its two web views, its
+// navigation bar, the layer above the page and the window modes. Main queue only, but for what says
+// otherwise.
+//
+// Every command acts on a web view only if it exists and is not hidden, the legacy one first. As set up here
+// the legacy view is hidden, so only ibWKWebView takes part.
+class MyWebViewWindowController final : public platform::WindowDelegate, public platform::WebViewDelegate {
+ public:
+  // Loads the window from the description "MyWebViewWindowController" and sets it up; it is not shown yet.
+  // `platform` must outlive the controller. Without a description the controller has no window and its
+  // commands do nothing.
+  explicit MyWebViewWindowController(platform::Platform& platform);
+  // A second window, which shares the class-wide queue with its owner.
+  MyWebViewWindowController(platform::Platform& platform, const MyWebViewWindowController& owner);
+  ~MyWebViewWindowController() override;
+  MyWebViewWindowController(const MyWebViewWindowController&) = delete;
+  MyWebViewWindowController& operator=(const MyWebViewWindowController&) = delete;
+
+  // The window, or null when there is no description of it.
+  platform::Window* window() const { return window_.get(); }
+  void showWindow();
+
+  // Outlets, null where the window description has no such thing.
+  platform::TextField* ibTextField = nullptr;
+  platform::WebView* ibWebView = nullptr;
+  platform::WebView* ibWKWebView = nullptr;
+  platform::ProgressIndicator* ibProgressIndicator = nullptr;
+  platform::ProgressIndicator* ibProgressIndicator2 = nullptr;
+  platform::Overlay* ibChildWindow = nullptr;
+  std::unique_ptr<MyPreferencesWindowController> myPreferencesWindowController;
+  std::weak_ptr<LayoutConstraint> ibWebViewContraintHeight;
+  std::atomic<double> ibWebViewOriginalConstant{0};
+  // True until the first page of the legacy view has loaded.
+  std::atomic<bool> fFirstTime{false};
+  // True while a receipt is pictured and printed.
+  std::atomic<bool> fIsPrintingReceipt{false};
+
+  // The one queue that all browser windows share for the printing sequence. Any thread.
+  platform::SerialQueue webviewProcessQueue() const { return webviewProcessQueue_; }
+
+  // Window modes.
+  // Applies the window-mode preferences, read anew at each call.
+  void adjustWebViewForNavigationBar(const Sender& sender);
+  void ibShowNavBar(const Sender& sender);
+  void handleShowNavBarNotification(const platform::Notification& notification);
+  // Applies prefForceFullScreen: posts the change of the window's frame to the main queue.
+  void makeWindowFullScreen();
+  // Posted when the person leaves without saving an order.
+  void handleTerminateWithOutRegistrationSave(const platform::Notification& notification);
+
+  // Commands. A sender that is an address counts only for ibGoButton and only when no address is stored.
+  void ibGoButton(const Sender& sender);
+  void ibGoButtonWK(const Sender& sender);
+  void ibHomeButton(const Sender& sender);
+  void ibBackButton(const Sender& sender);
+  void ibForwardButton(const Sender& sender);
+  // Reloads the stored address; the text in the field is not used.
+  void ibTextButton(const Sender& sender);
+  void ibToolbarGoButton(const Sender& sender);
+  void ibToolbarTextField(const Sender& sender);
+  void ibToolbarSettingsButton(const Sender& sender);
+  void ibToolbarSegmentedControl1(const Sender& sender);
+  // Shows the preferences as a sheet, one at a time.
+  void ibOpenPreferences(const Sender& sender);
+  // The end of a sheet that was shown by the old application-level call.
+  void didEndSheet2_returnCode_contextInfo(platform::Window& sheet, long returnCode);
+  // Whether this kiosk has a camera to scan with. It has none.
+  bool hasCamera() const { return false; }
+
+  // Window delegate.
+  bool windowShouldClose(platform::Window& window) override;
+  void windowDidResize(platform::Window& window) override;
+  void windowDidEnterFullScreen(platform::Window& window) override;
+
+  // Web view delegate.
+  void webView_decidePolicyForNavigationAction_decisionHandler(platform::WebView& view,
+                                                               const platform::NavigationAction& action,
+                                                               platform::DecisionHandler decide) override;
+  void webView_decidePolicyForNavigationResponse_decisionHandler(platform::WebView& view,
+                                                                 const platform::NavigationResponse& response,
+                                                                 platform::DecisionHandler decide) override;
+  void webView_didStartProvisionalNavigation(platform::WebView& view) override;
+  void webView_didFinishNavigation(platform::WebView& view) override;
+  void webView_didFailProvisionalNavigation_withError(platform::WebView& view,
+                                                      const platform::WebError& error) override;
+  void webView_didFailNavigation_withError(platform::WebView& view, const platform::WebError& error) override;
+  void webViewWebContentProcessDidTerminate(platform::WebView& view) override;
+  void webView_runJavaScriptAlertPanelWithMessage_initiatedByFrame_completionHandler(
+      platform::WebView& view, const std::string& message, const platform::UrlRequest& frameRequest,
+      platform::Block done) override;
+  void webView_runJavaScriptConfirmPanelWithMessage_initiatedByFrame_completionHandler(
+      platform::WebView& view, const std::string& message, const platform::UrlRequest& frameRequest,
+      std::function<void(bool)> done) override;
+  void webView_runJavaScriptTextInputPanelWithPrompt_defaultText_initiatedByFrame_completionHandler(
+      platform::WebView& view, const std::string& prompt, const std::string& defaultText,
+      const platform::UrlRequest& frameRequest,
+      std::function<void(std::optional<std::string>)> done) override;
+  platform::WebView* webView_createWebViewWithRequest(platform::WebView& view,
+                                                      const platform::UrlRequest& request) override;
+  void webViewDidClose(platform::WebView& view) override;
+
+ private:
+  MyWebViewWindowController(platform::Platform& platform, platform::SerialQueue queue);
+
+  void connectOutlets();
+  void connectActions();
+  void awakeFromNib();
+  void windowDidLoad();
+  void setUpUserAgents();
+  void setUpOverlay();
+  // The web views that commands act on: those that exist and are not hidden, the legacy one first.
+  std::vector<platform::WebView*> visibleWebViews() const;
+
+  platform::Platform& platform_;
+  platform::SerialQueue webviewProcessQueue_;
+  std::unique_ptr<platform::Window> window_;
+  std::unique_ptr<platform::WebView> madeWebView_;
+  std::vector<platform::NotificationCenter::Token> observers_;
+  // Expires with the controller, for what is posted to the main queue.
+  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+};
+
+}  // namespace lumo
