@@ -1,32 +1,13 @@
 #include "platform/linux/web_engine.h"
 
-#include <glob.h>
 #include <webkit/webkit.h>
 
 #include "platform/linux/kiosk_answers.h"
 #include "platform/linux/linux_web_view.h"
+#include "platform/linux/toolkit.h"
 #include "platform/queue.h"
 
 namespace platform {
-
-bool hasGpu() {
-  glob_t found{};
-  const bool any = glob("/dev/dri/renderD*", GLOB_NOSORT, nullptr, &found) == 0 && found.gl_pathc > 0;
-  globfree(&found);
-  return any;
-}
-
-void prepareDrawingEnvironment() {
-  if (hasGpu()) {
-    return;
-  }
-  g_setenv("GSK_RENDERER", "cairo", FALSE);
-  // The second name is what newer toolkits read; each ignores the other's.
-  g_setenv("GDK_DEBUG", "gl-disable", FALSE);
-  if (gtk_get_minor_version() >= 16) {
-    g_setenv("GDK_DISABLE", "gl", FALSE);
-  }
-}
 
 WebEngine::WebEngine(Dispatch& dispatch) : dispatch_(dispatch), plainSettings_(webkit_settings_new()) {
   answerForSession(webkit_network_session_get_default());

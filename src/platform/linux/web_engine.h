@@ -11,14 +11,6 @@ namespace platform {
 class Dispatch;
 class WebView;
 
-// Whether the machine has a GPU that the toolkit and the engine could draw with.
-bool hasGpu();
-// Sets the environment that makes drawing without a GPU fast and small, where the person has not set it.
-// Before the toolkit is initialised and before any thread is started. The names that were set are in
-// drawingEnvironmentNames.
-void prepareDrawingEnvironment();
-inline constexpr const char* drawingEnvironmentNames[] = {"GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE"};
-
 // The web engine of the process: one network session, one kind of settings, and a view that is made early so
 // that its process starts while the window is still being built. Main queue only; `dispatch` must outlive it.
 class WebEngine {

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace platform {
+
+// Sets the environment that makes drawing without a GPU fast and small, where the person has not set it.
+// Before the toolkit is initialised and before any thread is started; with a GPU it does nothing.
+void prepareDrawingEnvironment();
+// The names of what prepareDrawingEnvironment has set, which is no affair of the programs that the kiosk
+// starts.
+std::vector<std::string> drawingEnvironment();
+// Whether the machine has a GPU that the toolkit and the engine could draw with.
+bool hasGpu();
+
+// Connects to the display; false when there is none.
+bool initializeToolkit();
+// Loads the desktop's style, light or dark as the desktop prefers.
+void initializeStyle();
+
+}  // namespace platform
