@@ -8,7 +8,8 @@ namespace platform {
 
 // Requests over libcurl; one thread, started with the first request, drives all of them. Callbacks run on
 // that thread and must not destroy the client. When the client goes, requests that are still open end with
-// the error "cancelled", on the caller's thread.
+// the error "cancelled" first. Of a "file:" address only whether it can be read is told. A header beyond 256
+// KiB or 1,000 fields is an error.
 class LinuxHttpClient : public HttpClient {
  public:
   LinuxHttpClient();

@@ -8,7 +8,7 @@ class SessionBus;
 
 // Notifications as signals on the session bus: object /com/lumo/DistributedNotifications, interface
 // com.lumo.DistributedNotifications, the notification's name as member, arguments (s object, a{ss} userInfo)
-// with "" for no object. `bus` must outlive it. A call takes at most twice SessionBus::kPatience.
+// with "" for no object. `bus` must outlive it. A call takes SessionBus::kPatience at most.
 class LinuxMessageBus : public MessageBus {
  public:
   explicit LinuxMessageBus(SessionBus& bus) : bus_(bus) {}
