@@ -1,0 +1,22 @@
+#pragma once
+
+#include "tests/fakes/fake_window.h"
+
+namespace fakes {
+
+// The three window descriptions of the system, as far as controllers can tell: the names, tags, identifiers
+// and actions of their views. Layout and colours are left out.
+
+// "MyWebViewWindowController": the kiosk's window of 1024 x 768. Names: ibTextField, ibToolbarGoButton,
+// ibHomeButton, ibToolbarSegmentedControl1, ibToolbarSettingsButton, ibProgressIndicator,
+// ibProgressIndicator2, ibWebView (dormant) and ibDragDropView. In its overlay "progressview" directly in the
+// content view, and in it, two levels deeper, the image view "progressimage".
+void describeBrowserWindow(FakeWindow& window);
+// "MyPreferencesWindowController", a sheet. Names: fVersionString, fIpInfoString, fStatus1View and a button
+// for each action.
+void describePreferencesWindow(FakeWindow& window);
+// "FindLumoJunivaServerWindowController", a sheet. The buttons with the tags 3000 and 5000 to 5009 and one to
+// close.
+void describeFinderWindow(FakeWindow& window);
+
+}  // namespace fakes
