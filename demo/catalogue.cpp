@@ -24,7 +24,8 @@ const std::array<Photo, kPhotoCount>& catalogue() {
 std::string formatPrice(Cents amount) {
   const Cents magnitude = amount < 0 ? -amount : amount;
   const std::string cents = std::to_string(magnitude % 100);
-  return (amount < 0 ? "−€" : "€") + std::to_string(magnitude / 100) + (cents.size() < 2 ? ".0" : ".") + cents;
+  return (amount < 0 ? "−€" : "€") + std::to_string(magnitude / 100) + (cents.size() < 2 ? ".0" : ".") +
+         cents;
 }
 
 }  // namespace juniva

@@ -13,7 +13,8 @@ struct Header {
   std::string value;
 };
 
-// One request as a handler sees it. `path` has its percent escapes removed, `query` and `body` are as received.
+// One request as a handler sees it. `path` has its percent escapes removed, `query` and `body` are as
+// received.
 struct Request {
   std::string method;
   std::string path;
@@ -22,8 +23,8 @@ struct Request {
   std::string body;
 };
 
-// One answer. `delay` is waited before it is sent, without holding up other requests. A `silent` answer is never
-// sent: the connection stays open and mute for `delay` and is then closed.
+// One answer. `delay` is waited before it is sent, without holding up other requests. A `silent` answer is
+// never sent: the connection stays open and mute for `delay` and is then closed.
 struct Response {
   int status = 200;
   std::string contentType = "text/html; charset=utf-8";
@@ -33,10 +34,11 @@ struct Response {
   bool silent = false;
 };
 
-// The value of the first header with this name, in any case of the name; an absent header gives an empty text.
+// The value of the first header with this name, in any case of the name; an absent header gives an empty
+// text.
 std::string_view headerValue(const Response& response, std::string_view name);
 
 // The longest body that is read; a longer one is answered with 413.
-inline constexpr long long kMaximumBodyBytes = 1024 * 1024;
+inline constexpr long long kMaximumBodyBytes = 1024LL * 1024;
 
 }  // namespace juniva

@@ -1,9 +1,9 @@
 #include "options.h"
 
+#include <optional>
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
-
-#include <optional>
 
 #include "text.h"
 

@@ -24,8 +24,8 @@ struct OptionError {
   std::string message;
 };
 
-// Reads the arguments after the program's name. A value may follow its option or an '='. The last one of a repeated
-// option counts. "localhost" as address stands for 127.0.0.1.
+// Reads the arguments after the program's name. A value may follow its option or an '='. The last one of a
+// repeated option counts. "localhost" as address stands for 127.0.0.1.
 std::variant<Options, OptionError> parseOptions(const std::vector<std::string>& arguments);
 
 // The address as it stands in a URL: an IPv6 address in brackets.

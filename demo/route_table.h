@@ -12,8 +12,8 @@ namespace juniva {
 
 using Handler = std::function<Response(const Request&)>;
 
-// One row of the table. A row with GET answers HEAD too. `extraHeaders` go with every answer of status 200 to 299;
-// a header that the handler has already set under the same name stays as the handler set it.
+// One row of the table. A row with GET answers HEAD too. `extraHeaders` go with every answer of status 200 to
+// 299; a header that the handler has already set under the same name stays as the handler set it.
 struct Route {
   std::string path;
   std::vector<std::string> methods;
@@ -23,7 +23,8 @@ struct Route {
 
 class RouteTable {
  public:
-  // How a request fared. `route` is set for Found only, `allow` (the value of an Allow header) for MethodNotAllowed.
+  // How a request fared. `route` is set for Found only, `allow` (the value of an Allow header) for
+  // MethodNotAllowed.
   enum class Outcome { Found, NotFound, MethodNotAllowed };
   struct Match {
     Outcome outcome;
@@ -39,12 +40,12 @@ class RouteTable {
 
   RouteTable(std::vector<Route> routes, Fallbacks fallbacks);
 
-  // Paths are compared exactly, but a slash at the end makes no difference. Methods are compared exactly. Several
-  // rows may share a path when their methods differ.
+  // Paths are compared exactly, but a slash at the end makes no difference. Methods are compared exactly.
+  // Several rows may share a path when their methods differ.
   Match find(std::string_view method, std::string_view path) const;
 
-  // The whole answer: the row's handler or a fallback, its extra headers, Allow where the method is wrong, and
-  // "Cache-Control: no-store" unless something else was said. A handler that throws gives a plain 500.
+  // The whole answer: the row's handler or a fallback, its extra headers, Allow where the method is wrong,
+  // and "Cache-Control: no-store" unless something else was said. A handler that throws gives a plain 500.
   Response answer(const Request& request) const;
 
  private:

@@ -6,6 +6,8 @@
 namespace juniva {
 namespace {
 
+const std::string kCanvasUnits = " gradientUnits=\"userSpaceOnUse\"";
+
 std::string attribute(std::string_view name, double value) {
   return " " + std::string(name) + "=\"" + svgNumber(value) + "\"";
 }
@@ -37,12 +39,13 @@ double Chance::between(double low, double high) {
 std::string SvgCanvas::addGradient(std::string_view element, std::string_view place,
                                    std::initializer_list<Stop> stops) {
   const std::string id = mPrefix + std::to_string(++mGradientCount);
-  mDefinitions += "<" + std::string(element) + " id=\"" + id + "\" gradientUnits=\"userSpaceOnUse\"";
+  mDefinitions += "<" + std::string(element) + " id=\"" + id + "\"";
   mDefinitions += std::string(place) + ">";
   for (const Stop& stop : stops) {
     char offset[16];
     std::snprintf(offset, sizeof offset, "%.3g", stop.at);
-    mDefinitions += "<stop offset=\"" + std::string(offset) + "\" stop-color=\"" + std::string(stop.colour) + "\"";
+    mDefinitions +=
+        "<stop offset=\"" + std::string(offset) + "\" stop-color=\"" + std::string(stop.colour) + "\"";
     if (stop.opacity < 1) {
       char opacity[16];
       std::snprintf(opacity, sizeof opacity, "%.2g", stop.opacity);
@@ -54,19 +57,28 @@ std::string SvgCanvas::addGradient(std::string_view element, std::string_view pl
   return "url(#" + id + ")";
 }
 
+std::string SvgCanvas::shapeGradient(std::initializer_list<Stop> stops) {
+  return addGradient("linearGradient", " x2=\"0\" y2=\"1\"", stops);
+}
+
 std::string SvgCanvas::verticalGradient(std::initializer_list<Stop> stops, double top, double bottom) {
-  return addGradient("linearGradient",
-                     attribute("x1", 0) + attribute("x2", 0) + attribute("y1", top) + attribute("y2", bottom), stops);
+  return addGradient(
+      "linearGradient",
+      kCanvasUnits + attribute("x1", 0) + attribute("x2", 0) + attribute("y1", top) + attribute("y2", bottom),
+      stops);
 }
 
 std::string SvgCanvas::horizontalGradient(std::initializer_list<Stop> stops, double left, double right) {
-  return addGradient("linearGradient",
-                     attribute("x1", left) + attribute("x2", right) + attribute("y1", 0) + attribute("y2", 0), stops);
+  return addGradient(
+      "linearGradient",
+      kCanvasUnits + attribute("x1", left) + attribute("x2", right) + attribute("y1", 0) + attribute("y2", 0),
+      stops);
 }
 
 std::string SvgCanvas::radialGradient(Point centre, double radius, std::initializer_list<Stop> stops) {
-  return addGradient("radialGradient", attribute("cx", centre.x) + attribute("cy", centre.y) + attribute("r", radius),
-                     stops);
+  return addGradient(
+      "radialGradient",
+      kCanvasUnits + attribute("cx", centre.x) + attribute("cy", centre.y) + attribute("r", radius), stops);
 }
 
 void SvgCanvas::rectangle(double x, double y, double width, double height, std::string_view fill,
@@ -93,16 +105,35 @@ void SvgCanvas::polygon(const std::vector<Point>& corners, std::string_view fill
 }
 
 void SvgCanvas::path(std::string_view commands, std::string_view fill, std::string_view extra) {
-  mShapes += "<path d=\"" + std::string(commands) + "\" fill=\"" + std::string(fill) + "\" " + std::string(extra) +
+  mShapes += "<path d=\"" + std::string(commands) + "\" fill=\"" + std::string(fill) + "\" " +
+             std::string(extra) + "/>";
+}
+
+void SvgCanvas::line(std::string_view commands, std::string_view stroke, double width,
+                     std::string_view extra) {
+  mShapes += "<path d=\"" + std::string(commands) + "\" fill=\"none\" stroke=\"" + std::string(stroke) +
+             "\"" + attribute("stroke-width", width) + " stroke-linecap=\"round\" " + std::string(extra) +
              "/>";
 }
 
-void SvgCanvas::line(std::string_view commands, std::string_view stroke, double width, std::string_view extra) {
-  mShapes += "<path d=\"" + std::string(commands) + "\" fill=\"none\" stroke=\"" + std::string(stroke) + "\"" +
-             attribute("stroke-width", width) + " stroke-linecap=\"round\" " + std::string(extra) + "/>";
+// A line of no length with round ends is a dot.
+void SvgCanvas::dots(const std::vector<Point>& centres, double diameter, std::string_view fill,
+                     std::string_view extra) {
+  std::string commands;
+  for (const Point& centre : centres) commands += "M" + pointText(centre) + "h0";
+  line(commands, fill, diameter, extra);
 }
 
-// A sum of waves of rising frequency; the rougher, the more the quick ones count and the sharper the crests are.
+void SvgCanvas::boxes(const std::vector<Point>& corners, double width, double height, std::string_view fill,
+                      std::string_view extra) {
+  const std::string box = "h" + svgNumber(width) + "v" + svgNumber(height) + "h-" + svgNumber(width) + "z";
+  std::string commands;
+  for (const Point& corner : corners) commands += "M" + pointText(corner) + box;
+  path(commands, fill, extra);
+}
+
+// A sum of waves of rising frequency; the rougher, the more the quick ones count and the sharper the crests
+// are.
 void SvgCanvas::ridge(Chance& chance, double level, double height, double roughness, double bottom,
                       std::string_view fill) {
   constexpr int kWaves = 6;
@@ -113,8 +144,8 @@ void SvgCanvas::ridge(Chance& chance, double level, double height, double roughn
     frequency[wave] = 0.006 * std::pow(1.9, wave) * chance.between(0.85, 1.15);
   }
   std::vector<Point> corners = {{-5, bottom}};
-  const double step = roughness > 0.3 ? 6 : 12;
-  for (double x = -5; x <= 612; x += step) {
+  const int step = roughness > 0.3 ? 6 : 12;
+  for (int x = -5; x <= 612; x += step) {
     double sum = 0;
     double weight = 1;
     for (int wave = 0; wave < kWaves; ++wave) {
@@ -123,7 +154,7 @@ void SvgCanvas::ridge(Chance& chance, double level, double height, double roughn
       sum += weight * (swing * (1 - roughness) + crest * roughness);
       weight *= 0.25 + 0.3 * roughness;
     }
-    corners.push_back({x, level - height * sum + chance.between(-1.2, 1.2) * roughness});
+    corners.push_back({1.0 * x, level - height * sum + chance.between(-1.2, 1.2) * roughness});
   }
   corners.push_back({612, bottom});
   polygon(corners, fill);
@@ -145,15 +176,13 @@ void SvgCanvas::fir(Chance& chance, Point foot, double height, std::string_view 
   corners.push_back({foot.x - height * 0.025, foot.y});
   corners.push_back({foot.x + height * 0.025, foot.y});
   corners.push_back({foot.x + height * 0.025, foot.y - height * 0.07});
-  for (int tier = kTiers - 1; tier >= 0; --tier) {
-    corners.push_back(right[2 * tier + 1]);
-    corners.push_back(right[2 * tier]);
-  }
+  corners.insert(corners.end(), right.rbegin(), right.rend());
   polygon(corners, fill);
 }
 
 std::string SvgCanvas::finish() const {
-  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 600 400\" preserveAspectRatio=\"xMidYMid slice\" "
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 600 400\" preserveAspectRatio=\"xMidYMid "
+         "slice\" "
          "aria-hidden=\"true\" focusable=\"false\"><defs>" +
          mDefinitions + "</defs>" + mShapes + "</svg>";
 }

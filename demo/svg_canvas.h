@@ -39,6 +39,8 @@ class SvgCanvas {
   // Gradients over the whole canvas (vertical) or a circle of it. They give the text to use as a fill.
   std::string verticalGradient(std::initializer_list<Stop> stops, double top = 0, double bottom = 400);
   std::string horizontalGradient(std::initializer_list<Stop> stops, double left = 0, double right = 600);
+  // A vertical gradient over the height of whatever shape is filled with it.
+  std::string shapeGradient(std::initializer_list<Stop> stops);
   std::string radialGradient(Point centre, double radius, std::initializer_list<Stop> stops);
 
   // Shapes. `extra` is put into the element as it stands, such as `opacity=".5"`.
@@ -46,15 +48,21 @@ class SvgCanvas {
   void rectangle(double x, double y, double width, double height, std::string_view fill,
                  std::string_view extra = {});
   void circle(Point centre, double radius, std::string_view fill, std::string_view extra = {});
-  void ellipse(Point centre, double radiusX, double radiusY, std::string_view fill, std::string_view extra = {});
+  void ellipse(Point centre, double radiusX, double radiusY, std::string_view fill,
+               std::string_view extra = {});
   void polygon(const std::vector<Point>& corners, std::string_view fill, std::string_view extra = {});
   void path(std::string_view commands, std::string_view fill, std::string_view extra = {});
   void line(std::string_view commands, std::string_view stroke, double width, std::string_view extra = {});
-  void raw(std::string_view element) { mShapes += element; }
+  // Round dots of one size, and axis-parallel boxes, many in one element.
+  void dots(const std::vector<Point>& centres, double diameter, std::string_view fill,
+            std::string_view extra = {});
+  void boxes(const std::vector<Point>& corners, double width, double height, std::string_view fill,
+             std::string_view extra = {});
 
   // A line of hills from edge to edge, filled down to `bottom`. `height` is how far it rises and falls around
   // `level`; `roughness` from 0 (soft hills) to 1 (sharp peaks).
-  void ridge(Chance& chance, double level, double height, double roughness, double bottom, std::string_view fill);
+  void ridge(Chance& chance, double level, double height, double roughness, double bottom,
+             std::string_view fill);
 
   // A fir tree standing at `foot`.
   void fir(Chance& chance, Point foot, double height, std::string_view fill);
@@ -63,7 +71,8 @@ class SvgCanvas {
   std::string finish() const;
 
  private:
-  std::string addGradient(std::string_view element, std::string_view place, std::initializer_list<Stop> stops);
+  std::string addGradient(std::string_view element, std::string_view place,
+                          std::initializer_list<Stop> stops);
 
   std::string mPrefix;
   std::string mDefinitions;

@@ -19,12 +19,12 @@ std::size_t utf8Length(std::string_view text);
 // True when the text holds a control character (C0, DEL or C1).
 bool hasControlCharacter(std::string_view text);
 
-// Text for an element's content or a quoted attribute. Control characters except tab and newline, and bytes that
-// are not UTF-8, become U+FFFD.
+// Text for an element's content or a quoted attribute. Control characters except tab and newline, and bytes
+// that are not UTF-8, become U+FFFD.
 std::string htmlEscape(std::string_view text);
 
-// Text for one field of a log line: never empty ("-"), no blank, no control character, no line separator, valid
-// UTF-8. What is taken out shows as \xNN. A field longer than `limit` bytes ends in "...".
+// Text for one field of a log line: never empty ("-"), no blank, no control character, no line separator,
+// valid UTF-8. What is taken out shows as \xNN. A field longer than `limit` bytes ends in "...".
 std::string logField(std::string_view text, std::size_t limit = 4096);
 
 // The same for a field between double quotes: blanks stay, quotes show as \".

@@ -1,0 +1,15 @@
+# Writes a C++ source that holds the pages as texts, so that the program needs no file beside it.
+#   cmake -DFOLDER=… -DOUTPUT=… -P embed_pages.cmake
+file(GLOB pages RELATIVE ${FOLDER} ${FOLDER}/*)
+list(SORT pages)
+set(text "#include \"embedded_pages.h\"\n\nnamespace juniva {\n\nstd::string_view embeddedPage(std::string_view name) {\n")
+foreach(page IN LISTS pages)
+  file(READ ${FOLDER}/${page} content)
+  string(FIND "${content}" ")page\"" clash)
+  if(NOT clash EQUAL -1)
+    message(FATAL_ERROR "${page} holds the end mark of a raw text")
+  endif()
+  string(APPEND text "  if (name == \"${page}\") return R\"page(${content})page\";\n")
+endforeach()
+string(APPEND text "  return {};\n}\n\n}  // namespace juniva\n")
+file(WRITE ${OUTPUT} "${text}")
