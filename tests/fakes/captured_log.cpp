@@ -38,7 +38,7 @@ std::string CapturedLog::text() const {
 }
 
 std::vector<std::string> CapturedLog::lines() const {
-  static const std::regex prefix(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[\d+:\d+\] )");
+  static const std::regex prefix(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} [^\[]+\[\d+:\d+\] )");
   std::vector<std::string> found;
   std::istringstream stream(text());
   for (std::string line; std::getline(stream, line);) {

@@ -28,22 +28,19 @@ void describeBrowserWindow(FakeWindow& window) {
   ViewOptions covering;
   covering.frame = all;
   window.adopt(std::make_unique<FakeWebView>(window.stage(), "ibWebView", covering, true));
-  window.add<FakeView>("ibDragDropView", covering);
 
   FakeView& toolbar = window.add<FakeView>("toolbar");
-  window.add<FakeSegmentedControl>("ibToolbarSegmentedControl1", withAction("ibToolbarSegmentedControl1:"),
-                                   &toolbar);
-  window.add<FakeButton>("ibHomeButton", withAction("ibHomeButton:"), &toolbar);
+  window.add<FakeSegmentedControl>("segmentedControl", withAction("ibToolbarSegmentedControl1:"), &toolbar);
+  window.add<FakeButton>("homeButton", withAction("ibHomeButton:"), &toolbar);
   window.add<FakeTextField>("ibTextField", withAction("ibToolbarTextField:"), &toolbar);
-  window.add<FakeButton>("ibToolbarGoButton", withAction("ibToolbarGoButton:"), &toolbar);
-  window.add<FakeButton>("ibToolbarSettingsButton", withAction("ibToolbarSettingsButton:"), &toolbar);
+  window.add<FakeButton>("goButton", withAction("ibToolbarGoButton:"), &toolbar);
+  window.add<FakeButton>("settingsButton", withAction("ibToolbarSettingsButton:"), &toolbar);
   window.add<FakeProgressIndicator>("ibProgressIndicator", {}, &toolbar);
   window.add<FakeProgressIndicator>("ibProgressIndicator2", {}, &toolbar);
 
   FakeOverlay& overlay = window.addOverlay();
-  FakeView& shade =
-      window.add<FakeView>("progressview", withIdentifier("progressview"), &overlay.contentView());
-  FakeView& card = window.add<FakeView>("progresscard", {}, &shade);
+  window.add<FakeView>("progressview", withIdentifier("progressview"), &overlay.contentView());
+  FakeView& card = window.add<FakeView>("progresscard", {}, &overlay.contentView());
   window.add<FakeImageView>("progressimage", withIdentifier("progressimage"), &card);
 }
 
