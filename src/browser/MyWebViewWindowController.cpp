@@ -32,13 +32,10 @@ std::string processQueueLabel(const platform::Bundle& bundle) {
 }  // namespace
 
 std::string description(const Sender& sender) {
-  if (const auto* view = std::get_if<platform::View*>(&sender)) {
-    return platform::description(**view);
+  if (const platform::View* view = sender.control()) {
+    return platform::description(*view);
   }
-  if (const auto* text = std::get_if<std::string>(&sender)) {
-    return *text;
-  }
-  return "(null)";
+  return sender.address() == nullptr ? "(null)" : *sender.address();
 }
 
 MyWebViewWindowController::MyWebViewWindowController(platform::Platform& platform)

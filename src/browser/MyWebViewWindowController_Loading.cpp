@@ -21,8 +21,7 @@ constexpr const char* kScanHeader = "Glimmerpad-Scan";
 
 template <class Control>
 Control* controlOf(const Sender& sender) {
-  const auto* view = std::get_if<platform::View*>(&sender);
-  return view == nullptr ? nullptr : dynamic_cast<Control*>(*view);
+  return dynamic_cast<Control*>(sender.control());
 }
 
 }  // namespace
@@ -33,7 +32,7 @@ void MyWebViewWindowController::ibGoButton(const Sender& sender) {
 
 void MyWebViewWindowController::ibGoButtonWK(const Sender& sender) {
   NSLog("%@->%@....sender = [%@]", kClass, "ibGoButtonWK:", sender);
-  const auto* address = std::get_if<std::string>(&sender);
+  const std::string* address = sender.address();
   platform::UserDefaults& defaults = platform_.defaults;
   const GoPlan plan = planGo(defaults.stringForKey(prefRunningUrlString),
                              address == nullptr ? std::nullopt : std::optional(*address),
