@@ -1,0 +1,31 @@
+#include "support/ZELKOR_NSObjectAdditions.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/fakes/sim_dispatch.h"
+
+namespace additions = lumo::ZELKOR_NSObjectAdditions;
+
+TEST(ZELKOR_NSObjectAdditions, ASerialQueueHasItsLabelAndRecognisesItself) {
+  fakes::SimDispatch dispatch;
+  platform::SerialQueue queue = additions::dispatchQueueSerialWithDebugLabel(dispatch, "debug label");
+  EXPECT_EQ(queue.label(), "debug label");
+  bool inside = false;
+  queue.async([&] { inside = queue.isCurrent(); });
+  dispatch.runUntilIdle();
+  EXPECT_TRUE(inside);
+  EXPECT_FALSE(queue.isCurrent());
+}
+
+TEST(ZELKOR_NSObjectAdditions, WithoutALabelTheQueueHasTheEmptyOne) {
+  fakes::SimDispatch dispatch;
+  EXPECT_EQ(additions::dispatchQueueSerial(dispatch).label(), "");
+  EXPECT_EQ(additions::dispatchQueueSerialWithDebugLabel(dispatch, std::nullopt).label(), "");
+}
+
+TEST(ZELKOR_NSObjectAdditions, EveryCallMakesAQueueOfItsOwn) {
+  fakes::SimDispatch dispatch;
+  EXPECT_FALSE(additions::dispatchQueueSerialWithDebugLabel(dispatch, "label") ==
+               additions::dispatchQueueSerialWithDebugLabel(dispatch, "label"));
+  EXPECT_FALSE(additions::dispatchQueueSerial(dispatch) == additions::dispatchQueueSerial(dispatch));
+}
