@@ -46,6 +46,10 @@ void MyWebViewWindowController::ibGoButtonWK(const Sender& sender) {
   // Here the current view comes first.
   std::vector<platform::WebView*> views = visibleWebViews();
   std::reverse(views.begin(), views.end());
+  // What was typed is discarded: the field shows the address that counts.
+  if (ibTextField != nullptr) {
+    ibTextField->setStringValue(plan.url ? plan.url->absoluteString() : plan.invalidAddress);
+  }
   if (plan.kind == GoPlan::Kind::Load) {
     platform::UrlRequest request{
         *plan.url, platform::CachePolicy::ReloadIgnoringLocalCacheData, kLoadTimeout, {}};

@@ -62,6 +62,10 @@ GtkWidget* LinuxWindow::widgetNamed(const char* name) const {
 void LinuxWindow::connectToplevel() {
   setWindowOf(GTK_WIDGET(toplevel_), this);
   title_ = gtk_window_get_title(toplevel_) == nullptr ? "" : gtk_window_get_title(toplevel_);
+  fitToScreen();
+  if (!gdk_display_is_composited(gtk_widget_get_display(GTK_WIDGET(toplevel_)))) {
+    gtk_widget_add_css_class(GTK_WIDGET(toplevel_), "lumo-solid");
+  }
   if (GtkWidget* content = widgetNamed("contentView")) {
     markContentView(content);
   }
@@ -114,6 +118,19 @@ void LinuxWindow::connectToplevel() {
                      }
                    }),
                    this);
+}
+
+void LinuxWindow::fitToScreen() {
+  const std::vector<Rect> screens = screenFrames();
+  if (screens.empty()) {
+    return;
+  }
+  // A little smaller than the screen: a window of exactly its size would count as one that covers it.
+  int width = 0;
+  int height = 0;
+  gtk_window_get_default_size(toplevel_, &width, &height);
+  gtk_window_set_default_size(toplevel_, std::min(width, static_cast<int>(screens.front().width * 0.95)),
+                              std::min(height, static_cast<int>(screens.front().height * 0.95)));
 }
 
 void LinuxWindow::surfaceResized() {

@@ -68,6 +68,7 @@ class LinuxWindow final : public Window {
   GObject* object(const char* name) const { return gtk_builder_get_object(builder_, name); }
   GtkWidget* widgetNamed(const char* name) const;
   void connectToplevel();
+  void fitToScreen();
   void surfaceResized();
   void moveBars(bool overPage);
   bool coversScreen(const Rect& frame) const;
