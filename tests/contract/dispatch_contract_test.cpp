@@ -139,6 +139,7 @@ TEST_P(DispatchContract, EightThreadsKeepTheirOwnOrderAndNothingOverlaps) {
     bool inOrder = true;
     bool alone = true;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
       threads.emplace_back([&, t] {
         for (int i = 0; i < kBlocks; ++i) {
@@ -226,7 +227,7 @@ TEST_P(DispatchContract, ADroppedContinuationFreesTheQueue) {
 
 TEST_P(DispatchContract, AHoldGoesWithATimerAndThroughTheMainQueue) {
   SerialQueue queue(dispatch());
-  queue.asyncHolding([&, queue](Hold hold) mutable {
+  queue.asyncHolding([&](const Hold& hold) {
     record_.add("waits");
     dispatch().main().after(Millis(30), [&, hold] {
       record_.add(dispatch().main().isCurrent() ? "main" : "elsewhere");

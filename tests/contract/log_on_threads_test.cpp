@@ -30,6 +30,7 @@ TEST(LogOnThreads, EveryLineIsWrittenOnceAndInTheOrderOfItsThread) {
     ZELKOR_Log::setShouldLogToStdErr(false);
     ZELKOR_Log::setShouldNotifyForLogUpdates(true);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
       threads.emplace_back([t] {
         for (int i = 0; i < kLines; ++i) {

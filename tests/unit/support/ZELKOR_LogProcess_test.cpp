@@ -59,6 +59,7 @@ TEST_F(ZELKOR_LogProcessTest, EveryLineOfEightThreadsLandsWholeAndInOrder) {
           return 1;
         }
         std::vector<std::thread> threads;
+        threads.reserve(kThreads);
         for (int t = 0; t < kThreads; ++t) {
           threads.emplace_back([t] {
             const std::string filling(static_cast<std::size_t>(50 + 40 * t), static_cast<char>('a' + t));
