@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "platform/property_list.h"
@@ -44,7 +45,8 @@ enum class PreferenceType { Boolean, String, Array, Dictionary };
 struct PreferenceKey {
   const char* name;
   PreferenceType type;
-  // What the code itself uses when neither layer has a value, as text; null where a reader gets nothing or false.
+  // What the code itself uses when neither layer has a value, as text; null where a reader gets nothing or
+  // false.
   const char* codeDefault;
   // One line for people, without a full stop.
   const char* effect;
@@ -52,9 +54,13 @@ struct PreferenceKey {
   bool operatorSets;
 };
 
-// Every preference, in the order in which people read them.
+// Every preference, in the order in which people read them. The rows live as long as the program; any thread.
 std::span<const PreferenceKey> preferenceKeys();
 // The row of that name, or null.
 const PreferenceKey* preferenceKey(std::string_view name);
+// Whether a value of this kind is what the readers of `type` expect.
+bool matches(PreferenceType type, const platform::PropertyList& value);
+// The rows as a Markdown table, with the values that the factory file gives.
+std::string preferenceTable(const platform::Dictionary& factory);
 
 }  // namespace lumo
