@@ -77,8 +77,13 @@ MyWebViewWindowController::~MyWebViewWindowController() {
 }
 
 void MyWebViewWindowController::showWindow() {
-  if (window_ != nullptr) {
-    window_->makeKeyAndOrderFront();
+  if (window_ == nullptr) {
+    return;
+  }
+  window_->makeKeyAndOrderFront();
+  // Keys, and the scanners that act as keyboards, belong to the page.
+  for (platform::WebView* view : visibleWebViews()) {
+    window_->makeFirstResponder(*view);
   }
 }
 

@@ -368,7 +368,7 @@ bool LinuxWindow::isVisible() const {
   if (toplevel_ != nullptr) {
     return gtk_widget_get_visible(GTK_WIDGET(toplevel_)) != FALSE;
   }
-  return gtk_widget_get_root(sheet_) != nullptr;
+  return parent_ != nullptr;
 }
 
 void LinuxWindow::close() {
@@ -384,7 +384,7 @@ void LinuxWindow::beginSheet(Window& sheet, std::function<void(int)> completion)
   }
   child->parent_ = this;
   child->sheetCompletion_ = std::move(completion);
-  sheetHost->enqueue(this, [child] { return SheetCard{child->sheet_, nullptr, {}}; });
+  sheetHost->enqueue(this, child->sheet_, [child] { return SheetCard{child->sheet_, nullptr, {}}; });
 }
 
 void LinuxWindow::endSheet(Window& sheet, int code) {

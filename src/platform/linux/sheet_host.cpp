@@ -68,8 +68,8 @@ void SheetHost::attachKeys() {
   gtk_widget_add_controller(GTK_WIDGET(gtk_widget_get_root(GTK_WIDGET(root_))), keys);
 }
 
-void SheetHost::enqueue(const void* owner, std::function<SheetCard()> make) {
-  waiting_.push_back({owner, std::move(make)});
+void SheetHost::enqueue(const void* owner, GtkWidget* card, std::function<SheetCard()> make) {
+  waiting_.push_back({owner, card, std::move(make)});
   showNext();
 }
 
@@ -115,6 +115,7 @@ void SheetHost::show(const Waiting& waiting) {
 }
 
 void SheetHost::dismiss(GtkWidget* card) {
+  std::erase_if(waiting_, [&](const Waiting& entry) { return entry.card == card; });
   const auto found =
       std::find_if(layers_.begin(), layers_.end(), [&](const Layer& layer) { return layer.card == card; });
   if (found == layers_.end() || root_ == nullptr) {

@@ -32,9 +32,11 @@ class SheetHost {
   SheetHost(const SheetHost&) = delete;
   SheetHost& operator=(const SheetHost&) = delete;
 
-  // Shows what `make` gives when it is the owner's turn.
-  void enqueue(const void* owner, std::function<SheetCard()> make);
-  // Takes the card away, gives the focus back and shows the owner's next sheet.
+  // Shows what `make` gives when it is the owner's turn. `card` is what it will give, null when it is not
+  // made yet.
+  void enqueue(const void* owner, GtkWidget* card, std::function<SheetCard()> make);
+  // Takes the card away, gives the focus back and shows the owner's next sheet. A card that still waits waits
+  // no longer.
   void dismiss(GtkWidget* card);
   // Shows an alert for `owner`; the completion runs on the main queue after the alert is gone.
   void enqueueAlert(const void* owner, const Alert& alert, AlertCompletion completion);
@@ -51,6 +53,7 @@ class SheetHost {
   };
   struct Waiting {
     const void* owner;
+    GtkWidget* card;
     std::function<SheetCard()> make;
   };
 
