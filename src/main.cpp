@@ -12,6 +12,7 @@
 #include "platform/linux/web_engine.h"
 #include "platform/log.h"
 #include "platform/notification_center.h"
+#include "platform/standard_descriptors.h"
 #include "platform/task.h"
 #include "platform/user_defaults.h"
 #include "support/ZELKOR_Log.h"
@@ -19,6 +20,7 @@
 // Builds the platform and hands it to the application shell. The order is what makes the start quick: the web
 // engine's process starts as early as the settings allow, and the window is built meanwhile.
 int main() {
+  platform::openStandardDescriptors();
   // A full disk or a listener that went away must not end the kiosk; both are seen as failed writes.
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
@@ -54,5 +56,7 @@ int main() {
     lumo::AppDelegate delegate(platform);
     status = application.run(delegate);
   }
+  lumo::ZELKOR_Log::loggingQueue().drain();
+  dispatch.stop();
   application.exitProcess(status);
 }
