@@ -15,6 +15,11 @@
 
 namespace platform {
 
+// The texts as "%@" prints a list, "(\n    a,\n    b\n)".
+std::string description(const std::vector<std::string>& texts);
+// Named texts as "%@" prints a dictionary, "{\n    name = text;\n}"; of a repeated name the last text counts.
+std::string description(const std::vector<std::pair<std::string, std::string>>& texts);
+
 // One argument of a format, type-erased. An absent object (std::nullopt, a null pointer) prints as "(null)".
 class FormatArgument {
  public:
@@ -45,8 +50,23 @@ class FormatArgument {
   template <class T>
   requires requires(const T& object) {
     { description(object) } -> std::convertible_to<std::string>;
-  } &&(!std::integral<T>)&&(!std::convertible_to<T, std::string_view>)FormatArgument(const T& object)
+  } &&(!std::is_arithmetic_v<T>)&&(!std::convertible_to<T, std::string_view>)FormatArgument(const T& object)
       : value_(description(object)) {
+  }
+  // An object by its address: what it describes itself as, else the address; a null pointer is absent.
+  template <class T>
+  requires(!std::same_as<std::remove_cv_t<T>, char>) FormatArgument(T* object) {
+    if (object == nullptr) {
+      value_ = nullptr;
+      return;
+    }
+    if constexpr (std::is_class_v<T>) {
+      if constexpr (requires { description(*object); }) {
+        value_ = description(*object);
+        return;
+      }
+    }
+    value_ = static_cast<const void*>(object);
   }
   template <class T>
   FormatArgument(const std::optional<T>& object) {
@@ -63,13 +83,12 @@ class FormatArgument {
   Value value_;
 };
 
-// The list of texts as "%@" prints it, "(\n    a,\n    b\n)".
-std::string description(const std::vector<std::string>& texts);
-
-// Fills a format of the platform's kind: "%@" takes any object, the C conversions (%i %d %u %li %lu %llu %qi
-// %x %.8lx %5.2f %s %c %p %%) their numbers and texts. Never throws: a conversion whose argument is missing
-// or of another kind prints what can be printed of it (an absent argument "(null)"), surplus arguments are
-// ignored, and a lone '%' at the end stays as it is.
+// Fills a format of the platform's kind: "%@" takes any object, the C conversions (d i u x X o, f F e E g G a
+// A, s, c, p, %, with flags, width, precision, '*' and any length) their numbers and texts. Widths and
+// precisions of texts count characters, never bytes; more than 512 count as 512. "%c" takes a Unicode
+// code point. Never throws for its arguments: one that is missing prints as "(null)", one of another kind as
+// "%@" prints it, surplus ones are ignored, and a '%' that begins no conversion stays as it is. A negative
+// number under an unsigned conversion wraps at 32 bits, with l, q, j, z or t at 64; nothing else is cut.
 std::string vformat(std::string_view format, const std::vector<FormatArgument>& arguments);
 
 template <class... Arguments>

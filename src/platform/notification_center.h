@@ -32,9 +32,10 @@ class NotificationCenter {
 
   // Calls `observer` for every notification of that name, whoever sends it, until it is removed.
   Token addObserver(std::string name, Observer observer);
-  // Removes one observer; an unknown token is no error. A call that is running on another thread may still
-  // end after this.
+  // Removes one observer; an unknown token is no error. It is not called any more, also not for a
+  // notification that is being posted, but a call that is running on another thread may still end after this.
   void removeObserver(Token token);
+  // Calls the observers of the name that are registered now and returns when the last one has.
   void postNotification(const Notification& notification);
   void postNotificationName(std::string name) {
     postNotification({std::move(name), std::nullopt, {}, nullptr});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -45,7 +46,16 @@ class Dictionary {
   bool operator==(const Dictionary& other) const;
 
  private:
+  // Where `key` is among the entries, or the greatest number.
+  std::size_t position(std::string_view key) const;
+  // Where `key` is, or would be, in a table that is not empty.
+  std::size_t slot(std::string_view key) const;
+  void buildSlots();
+
   std::vector<Entry> entries_;
+  // A hash table of positions plus one (zero is a free slot), so that a large list from outside costs no
+  // quadratic time; empty while the dictionary is small.
+  std::vector<std::uint32_t> slots_;
 };
 
 // One property-list value. A value is always present: absence is a std::optional or a null pointer around it.
@@ -53,7 +63,9 @@ class PropertyList {
  public:
   using Value = std::variant<bool, std::int64_t, double, std::string, Date, Data, Array, Dictionary>;
 
-  PropertyList(bool value) : value_(value) {}
+  // A boolean only: a pointer, which would turn into one, is refused by the compiler.
+  template <std::same_as<bool> T>
+  PropertyList(T value) : value_(value) {}
   PropertyList(int value) : value_(std::int64_t{value}) {}
   PropertyList(std::int64_t value) : value_(value) {}
   PropertyList(double value) : value_(value) {}
@@ -78,13 +90,18 @@ class PropertyList {
   Value value_;
 };
 
-// Conversions of the readers of preferences. A boolean comes from a boolean, a number (not zero) or a text
-// "YES", "true", "1" (ignoring case); a string from a string or a number. Anything else is absent.
+// Conversions of the readers of preferences. A boolean comes from a boolean, from a number (true unless it is
+// zero) and from the texts "YES", "true" and "1", ignoring case; a string from a string or a number. Anything
+// else is absent.
 std::optional<bool> boolValue(const PropertyList& value);
 std::optional<std::string> stringValue(const PropertyList& value);
 
-// What "%@" prints: scalars plainly, arrays and dictionaries in the old-style description,
-// "(\n    a,\n    b\n)" and "{\n    key = value;\n}", nested values indented by four blanks a level.
+// What "%@" prints: scalars plainly (a boolean as 1 or 0, a number in its shortest form, a date as
+// "2026-11-21 02:00:24 +0000", data as "<01020304 05>"), arrays and dictionaries in the old-style
+// description,
+// "(\n    a,\n    b\n)" and "{\n    key = value;\n}", nested values indented by four blanks a level. Inside
+// them a text stands in double quotes unless it consists of letters, digits and "_$./-" only; quotes,
+// backslashes and control characters are escaped there, everything else stays readable UTF-8.
 std::string description(const PropertyList& value);
 std::string description(const Array& value);
 std::string description(const Dictionary& value);

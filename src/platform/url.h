@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,37 +11,46 @@ namespace platform {
 // value.
 class Url {
  public:
-  // Parses strictly (a blank is refused, the empty text too), with one leniency: an IPv4 host with a port,
-  // such as "10.0.0.5:9090/x", parses without a scheme ("localhost:9090/x" has the scheme localhost). Absent
-  // when it does not parse.
+  // Parses strictly: absent for the empty text, one of more than 2 MiB, a blank, a byte outside ASCII, a '%'
+  // that starts no escape and a port that is no number up to 65535. One leniency: an IPv4 host with a port,
+  // such as "10.0.0.5:9090/x", parses without a scheme, into host, port and path ("localhost:9090/x" has the
+  // scheme localhost).
   static std::optional<Url> parse(std::string_view text);
-  static std::optional<Url> parse(const char* text) { return parse(std::string_view(text)); }
   static std::optional<Url> parse(const std::string& text) { return parse(std::string_view(text)); }
+  static std::optional<Url> parse(const char* text) { return parse(std::string_view(text)); }
   // An absent text does not parse.
   static std::optional<Url> parse(const std::optional<std::string>& text);
 
+  // Parses an address as web engines write them. The engines leave characters such as '|' and '[' in paths
+  // and queries, which RFC 3986 allows nowhere there: these are escaped first, escapes that are there stay.
+  static std::optional<Url> parseEngineText(std::string_view text);
+
   // The text as it was given.
   const std::string& absoluteString() const { return text_; }
-  // Each part is absent when the address has none; the port is a decimal number, absent when missing or
-  // empty.
+  // Each part is absent when the address has none.
   const std::optional<std::string>& scheme() const { return scheme_; }
+  // As written, without the brackets of an IPv6 address; absent also when it is empty ("file:///x").
   const std::optional<std::string>& host() const { return host_; }
+  // Absent also when it is empty ("http://host:/").
   std::optional<int> port() const { return port_; }
-  // Percent-decoded, keeps its trailing slash; absent for an address without a path component in its grammar
-  // (opaque).
+  // Percent-decoded, keeps its trailing slash, empty for "http://host"; as written when the decoded bytes are
+  // not UTF-8. Absent for an opaque address, which has something other than a slash behind its scheme
+  // ("mailto:x", "localhost:9090/x").
   const std::optional<std::string>& path() const { return path_; }
   // As written, not decoded, without '?' and '#'.
   const std::optional<std::string>& query() const { return query_; }
   const std::optional<std::string>& fragment() const { return fragment_; }
-  // The part of the last path segment after ';', as written.
+  // The part of the last path segment after its first ';', as written; absent for an opaque address.
   std::optional<std::string> parameterString() const;
-  // The last non-empty component of the path ("/" for the root, "" when there is no path).
+  // The last non-empty component of the path, percent-decoded ("/" for the root, "" when there is no path).
   std::string lastPathComponent() const;
 
-  // The same address with "." and ".." segments resolved (RFC 3986, 5.2.4).
+  // The same address with "." and ".." segments resolved (RFC 3986, 5.2.4), everything else byte for byte. A
+  // path that does not begin with a slash has nothing to be resolved against and stays.
   Url standardized() const;
-  // Exactly one slash between the path and `component`; '?' and '#' inside it are escaped; an absent or empty
-  // component appends nothing.
+  // The address with `component`, a text without escapes, at the end of its path; query and fragment stay
+  // behind it. Exactly one slash between them; what has no place in a path is escaped, with '?', '#' and '%'.
+  // An absent or empty component appends nothing.
   Url byAppendingPathComponent(const std::optional<std::string>& component) const;
 
   bool operator==(const Url& other) const { return text_ == other.text_; }
@@ -48,12 +58,17 @@ class Url {
  private:
   Url() = default;
 
+  std::string_view rawPath() const { return std::string_view(text_).substr(pathStart_, pathLength_); }
+  Url byReplacingRawPath(const std::string& path) const;
+
   std::string text_;
   std::optional<std::string> scheme_;
   std::optional<std::string> host_;
   std::optional<int> port_;
   std::optional<std::string> path_;
-  std::string rawPath_;
+  // Where the path as written lies in the text.
+  std::size_t pathStart_ = 0;
+  std::size_t pathLength_ = 0;
   std::optional<std::string> query_;
   std::optional<std::string> fragment_;
 };

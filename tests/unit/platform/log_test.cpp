@@ -1,0 +1,251 @@
+#include "platform/log.h"
+
+#include <atomic>
+#include <csignal>
+#include <ctime>
+#include <map>
+#include <regex>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "platform/file_descriptor.h"
+#include "platform/strings.h"
+
+namespace {
+
+using namespace platform;
+
+// Standard error is another descriptor while this lives.
+class StandardError {
+ public:
+  explicit StandardError(int descriptor) : before_(::dup(STDERR_FILENO)) {
+    ::dup2(descriptor, STDERR_FILENO);
+  }
+  ~StandardError() { ::dup2(before_.get(), STDERR_FILENO); }
+  StandardError(const StandardError&) = delete;
+  StandardError& operator=(const StandardError&) = delete;
+
+ private:
+  FileDescriptor before_;
+};
+
+// Both ends of something that bytes go through.
+struct Channel {
+  FileDescriptor reader;
+  FileDescriptor writer;
+
+  static Channel pipe() {
+    int ends[2];
+    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+  }
+  // Keeps the borders between writes.
+  static Channel packets() {
+    int ends[2];
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+    return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+  }
+  // The next bytes, at most a buffer full; empty at the end or when none come within 10 s.
+  std::string next() const {
+    pollfd waiting{reader.get(), POLLIN, 0};
+    std::string buffer(1 << 16, '\0');
+    if (::poll(&waiting, 1, 10000) != 1) {
+      return {};
+    }
+    const ssize_t count = ::read(reader.get(), buffer.data(), buffer.size());
+    buffer.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return buffer;
+  }
+};
+
+std::string lineOf(const std::function<void()>& log) {
+  const Channel channel = Channel::packets();
+  const StandardError redirected(channel.writer.get());
+  log();
+  return channel.next();
+}
+
+TEST(Log, WritesOneLineWithOneWrite) {
+  const std::string line = lineOf([] { NSLog("%@->%@....", "AppDelegate", "ibGoButton:"); });
+  const std::regex form(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} LumoBrowser\[(\d+):(\d+)\] (.*)\n)");
+  std::smatch parts;
+  ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
+  EXPECT_EQ(parts[1], std::to_string(::getpid()));
+  EXPECT_EQ(parts[2], std::to_string(::gettid()));
+  EXPECT_EQ(parts[3], "AppDelegate->ibGoButton:....");
+}
+
+TEST(Log, NamesTheThread) {
+  std::string line;
+  pid_t thread = 0;
+  line = lineOf([&] {
+    std::thread([&] {
+      thread = ::gettid();
+      logLine("x");
+    }).join();
+  });
+  EXPECT_NE(line.find("[" + std::to_string(::getpid()) + ":" + std::to_string(thread) + "] x\n"),
+            std::string::npos)
+      << line;
+}
+
+TEST(Log, WritesLocalTime) {
+  const char* zone = std::getenv("TZ");
+  const std::string before = zone == nullptr ? "" : zone;
+  ::setenv("TZ", "XXX-05:30", 1);
+  ::tzset();
+  const std::time_t earliest = std::time(nullptr);
+  const std::string line = lineOf([] { logLine("x"); });
+  std::tm parts{};
+  parts.tm_isdst = -1;
+  ASSERT_NE(::strptime(line.c_str(), "%Y-%m-%d %H:%M:%S", &parts), nullptr) << line;
+  const std::time_t written = std::mktime(&parts);
+  zone == nullptr ? ::unsetenv("TZ") : ::setenv("TZ", before.c_str(), 1);
+  ::tzset();
+  EXPECT_GE(written, earliest);
+  EXPECT_LE(written, std::time(nullptr));
+}
+
+TEST(Log, KeepsLineBreaksAndRepairsText) {
+  EXPECT_TRUE(lineOf([] { logLine("a\nb\n"); }).ends_with("] a\nb\n\n"));
+  EXPECT_TRUE(lineOf([] { logLine(""); }).ends_with("] \n"));
+  EXPECT_TRUE(lineOf([] { logLine("100%@"); }).ends_with("] 100%@\n"));
+  EXPECT_TRUE(lineOf([] { NSLog("%@", "ä\xFFz"); }).ends_with("] ä\uFFFDz\n"));
+}
+
+TEST(Log, TakesAnotherProcessName) {
+  setLogProcessName("lumoctl");
+  const std::string line = lineOf([] { logLine("x"); });
+  setLogProcessName("LumoBrowser");
+  EXPECT_NE(line.find(" lumoctl["), std::string::npos) << line;
+  EXPECT_NE(lineOf([] { logLine("x"); }).find(" LumoBrowser["), std::string::npos);
+}
+
+TEST(Log, KeepsTheErrorNumberOfItsCaller) {
+  lineOf([] {
+    errno = ENOENT;
+    logLine("x");
+    EXPECT_EQ(errno, ENOENT);
+  });
+}
+
+TEST(Log, IgnoresDescriptorsThatTakeNothing) {
+  {
+    const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    ASSERT_TRUE(full);
+    const StandardError redirected(full.get());
+    errno = 0;
+    logLine("no space left");
+    EXPECT_EQ(errno, 0);
+  }
+  {
+    const FileDescriptor readOnly(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const StandardError redirected(readOnly.get());
+    logLine("not open for writing");
+  }
+  EXPECT_TRUE(lineOf([] { logLine("still here"); }).ends_with("] still here\n"));
+}
+
+TEST(Log, SurvivesAPipeThatNobodyReads) {
+  Channel channel = Channel::pipe();
+  channel.reader.reset();
+  sigset_t pending;
+  {
+    const StandardError redirected(channel.writer.get());
+    logLine("lost");
+    logLine("lost too");
+  }
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+}
+
+// Lines longer than the pipe are written in pieces, which those of other threads must not part.
+TEST(Log, NeverMixesTheLinesOfThreads) {
+  constexpr int threadCount = 4;
+  constexpr int lineCount = 40;
+  Channel channel = Channel::pipe();
+  ::fcntl(channel.writer.get(), F_SETPIPE_SZ, 4096);
+  std::string all;
+  std::thread reader;
+  {
+    const StandardError redirected(channel.writer.get());
+    channel.writer.reset();
+    reader = std::thread([&] {
+      for (std::string bytes = channel.next(); !bytes.empty(); bytes = channel.next()) {
+        all += bytes;
+      }
+    });
+    std::vector<std::thread> writers;
+    for (int number = 0; number < threadCount; ++number) {
+      writers.emplace_back([number] {
+        const std::string text(9000, static_cast<char>('a' + number));
+        for (int line = 0; line < lineCount; ++line) {
+          logLine(text);
+        }
+      });
+    }
+    for (auto& writer : writers) {
+      writer.join();
+    }
+  }
+  reader.join();
+  std::map<char, int> counts;
+  const auto lines = componentsSeparatedBy(all, "\n");
+  ASSERT_EQ(lines.size(), static_cast<std::size_t>(threadCount * lineCount + 1));
+  for (std::size_t index = 0; index + 1 < lines.size(); ++index) {
+    const std::string text = lines[index].substr(lines[index].find("] ") + 2);
+    ASSERT_EQ(text, std::string(9000, text[0]));
+    ++counts[text[0]];
+  }
+  for (int number = 0; number < threadCount; ++number) {
+    EXPECT_EQ(counts[static_cast<char>('a' + number)], lineCount);
+  }
+}
+
+std::atomic<int> signalsTaken = 0;
+
+// A signal handler may interrupt a write that waits for the reader.
+TEST(Log, GoesOnAfterASignal) {
+  struct sigaction action {};
+  struct sigaction before {};
+  action.sa_handler = [](int) { ++signalsTaken; };
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+  Channel channel = Channel::pipe();
+  ::fcntl(channel.writer.get(), F_SETPIPE_SZ, 4096);
+  std::string all;
+  {
+    const StandardError redirected(channel.writer.get());
+    channel.writer.reset();
+    std::thread writer([] { logLine(std::string(20000, 'x')); });
+    // What can be read shows that the writer is inside its write.
+    all = channel.next();
+    for (int sent = 1; sent <= 3; ++sent) {
+      ::pthread_kill(writer.native_handle(), SIGUSR1);
+      for (long turn = 0; signalsTaken < sent && turn < 100'000'000; ++turn) {
+        std::this_thread::yield();
+      }
+      all += channel.next();
+    }
+    while (!all.ends_with('\n')) {
+      const std::string bytes = channel.next();
+      if (bytes.empty()) {
+        break;
+      }
+      all += bytes;
+    }
+    writer.join();
+  }
+  ::sigaction(SIGUSR1, &before, nullptr);
+  EXPECT_EQ(signalsTaken, 3);
+  EXPECT_TRUE(all.ends_with("] " + std::string(20000, 'x') + "\n"));
+}
+
+}  // namespace
