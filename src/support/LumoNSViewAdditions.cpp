@@ -78,7 +78,7 @@ void runSteps(const Target& target, std::vector<Step> steps, const Block& done) 
 }
 
 // The single operations: all are given what is to be called at the end.
-using Single = void (*)(Dispatch& dispatch, const Target& target, Block done);
+using Single = void (*)(Dispatch& dispatch, const Target& target, const Block& done);
 
 void shakeOnMain(const Target& target, View& view, const Block& done) {
   const Rect frame = view.frame();
@@ -111,8 +111,8 @@ void shakeOnMain(const Target& target, View& view, const Block& done) {
            });
 }
 
-void shake(Dispatch& dispatch, const Target& target, Block done) {
-  dispatch.main().async([target, done = std::move(done)] {
+void shake(Dispatch& dispatch, const Target& target, const Block& done) {
+  dispatch.main().async([target, done] {
     if (View* view = target.get()) {
       shakeOnMain(target, *view, done);
     }
@@ -142,8 +142,8 @@ void fadeOnMain(const Target& target, const Block& done) {
   runSteps(target, {showRecording, fadeOut(kCompleteImage), fadeIn, fadeOut(kRecordingImage), fadeIn}, done);
 }
 
-void fade(Dispatch& dispatch, const Target& target, Block done) {
-  dispatch.main().async([target, done = std::move(done)] {
+void fade(Dispatch& dispatch, const Target& target, const Block& done) {
+  dispatch.main().async([target, done] {
     if (dynamic_cast<ImageView*>(target.get()) != nullptr) {
       fadeOnMain(target, done);
     }
@@ -151,7 +151,7 @@ void fade(Dispatch& dispatch, const Target& target, Block done) {
 }
 
 // The block goes unused: a single turn never tells its end.
-void turn(Dispatch& dispatch, const Target& target, Block /*done*/) {
+void turn(Dispatch& dispatch, const Target& target, const Block& /*done*/) {
   dispatch.main().async([target] {
     View* view = target.get();
     if (view == nullptr) {
@@ -168,13 +168,13 @@ void turn(Dispatch& dispatch, const Target& target, Block /*done*/) {
   });
 }
 
-void flash(Dispatch& dispatch, const Target& target, Block done) {
+void flash(Dispatch& dispatch, const Target& target, const Block& done) {
   const auto fadeTo = [](double opacity, Millis duration) -> Step {
     return [opacity, duration](View& view, Block next) {
       view.animateOpacity(opacity, duration, std::move(next));
     };
   };
-  dispatch.main().async([target, done = std::move(done), fadeTo] {
+  dispatch.main().async([target, done, fadeTo] {
     runSteps(target, {fadeTo(0.0, kFlashOut), fadeTo(1.0, kFlashIn)}, done);
   });
 }
@@ -240,16 +240,16 @@ Point turned(Point point, double radians) {
 
 }  // namespace
 
-void nodLeftRightWithCompletionHandler(Dispatch& dispatch, View& view, Block block) {
-  shake(dispatch, Target(view), std::move(block));
+void nodLeftRightWithCompletionHandler(Dispatch& dispatch, View& view, const Block& block) {
+  shake(dispatch, Target(view), block);
 }
 
 void nodLeftRight(Dispatch& dispatch, View& view, std::uint32_t count) {
   repeat(dispatch, view, shake, kShakeCheck, count, "nodLeftRight:");
 }
 
-void fadeImageWithCompletionHandler(Dispatch& dispatch, View& view, Block block) {
-  fade(dispatch, Target(view), std::move(block));
+void fadeImageWithCompletionHandler(Dispatch& dispatch, View& view, const Block& block) {
+  fade(dispatch, Target(view), block);
 }
 
 void fadeInOut(Dispatch& dispatch, View& view, std::uint32_t count) {
@@ -281,16 +281,16 @@ void rotateViewWithCompletionBlock2(Dispatch& dispatch, View& view, std::functio
   });
 }
 
-void rotateNSViewWithCompletionHandler(Dispatch& dispatch, View& view, Block block) {
-  turn(dispatch, Target(view), std::move(block));
+void rotateNSViewWithCompletionHandler(Dispatch& dispatch, View& view, const Block& block) {
+  turn(dispatch, Target(view), block);
 }
 
 void rotateImage(Dispatch& dispatch, View& view, std::uint32_t count) {
   repeat(dispatch, view, turn, kCheck, count);
 }
 
-void flashOnOffWithCompletionHandler(Dispatch& dispatch, View& view, Block block) {
-  flash(dispatch, Target(view), std::move(block));
+void flashOnOffWithCompletionHandler(Dispatch& dispatch, View& view, const Block& block) {
+  flash(dispatch, Target(view), block);
 }
 
 void flashOnOff(Dispatch& dispatch, View& view, std::uint32_t count) {

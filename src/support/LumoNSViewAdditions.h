@@ -21,13 +21,13 @@ namespace lumo::LumoNSViewAdditions {
 
 // One shake: 10 to the right, back, 10 to the left, back, 50 ms each; then the block.
 void nodLeftRightWithCompletionHandler(platform::Dispatch& dispatch, platform::View& view,
-                                       platform::Block block);
+                                       const platform::Block& block);
 void nodLeftRight(platform::Dispatch& dispatch, platform::View& view, std::uint32_t count);
 
 // Fades "Recording_text.png" and "Complete_text.png" out and in, five steps of 1 s; then the block. A view
 // that is no image view stays as it is, and the block is never called.
 void fadeImageWithCompletionHandler(platform::Dispatch& dispatch, platform::View& view,
-                                    platform::Block block);
+                                    const platform::Block& block);
 // On a view that is no image view the first pass never ends; that costs nothing.
 void fadeInOut(platform::Dispatch& dispatch, platform::View& view, std::uint32_t count);
 
@@ -41,13 +41,13 @@ void rotateViewWithCompletionBlock2(platform::Dispatch& dispatch, platform::View
 // One even turn counter-clockwise about the centre within 1 s, under the key "transform"; its end is logged.
 // The block is never called.
 void rotateNSViewWithCompletionHandler(platform::Dispatch& dispatch, platform::View& view,
-                                       platform::Block block);
+                                       const platform::Block& block);
 // Since a single turn never tells its end, this is one turn whatever the count.
 void rotateImage(platform::Dispatch& dispatch, platform::View& view, std::uint32_t count);
 
 // Fades out in 200 ms and in again in 150 ms; then the block.
 void flashOnOffWithCompletionHandler(platform::Dispatch& dispatch, platform::View& view,
-                                     platform::Block block);
+                                     const platform::Block& block);
 void flashOnOff(platform::Dispatch& dispatch, platform::View& view, std::uint32_t count);
 // Five flashes.
 void flashOnOff(platform::Dispatch& dispatch, platform::View& view);

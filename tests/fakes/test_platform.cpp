@@ -52,7 +52,7 @@ TestBundle::~TestBundle() {
 }
 
 std::filesystem::path TestBundle::addResource(const std::string& name, const std::string& content) {
-  const std::filesystem::path path = bundle_.path() / "Resources" / name;
+  std::filesystem::path path = bundle_.path() / "Resources" / name;
   std::ofstream(path, std::ios::binary) << content;
   return path;
 }
