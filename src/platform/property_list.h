@@ -37,10 +37,11 @@ class Dictionary {
   // Removes `key`; a key that is not there is no error.
   void remove(std::string_view key);
 
-  bool empty() const { return entries_.empty(); }
-  std::size_t size() const { return entries_.size(); }
-  auto begin() const { return entries_.begin(); }
-  auto end() const { return entries_.end(); }
+  using const_iterator = std::vector<Entry>::const_iterator;
+  bool empty() const;
+  std::size_t size() const;
+  const_iterator begin() const;
+  const_iterator end() const;
 
   // Equal when both hold the same keys with equal values, whatever their order.
   bool operator==(const Dictionary& other) const;
@@ -89,6 +90,20 @@ class PropertyList {
  private:
   Value value_;
 };
+
+// After PropertyList, since an entry is complete only now.
+inline bool Dictionary::empty() const {
+  return entries_.empty();
+}
+inline std::size_t Dictionary::size() const {
+  return entries_.size();
+}
+inline Dictionary::const_iterator Dictionary::begin() const {
+  return entries_.begin();
+}
+inline Dictionary::const_iterator Dictionary::end() const {
+  return entries_.end();
+}
 
 // Conversions of the readers of preferences. A boolean comes from a boolean, from a number (true unless it is
 // zero) and from the texts "YES", "true" and "1", ignoring case; a string from a string or a number. Anything
