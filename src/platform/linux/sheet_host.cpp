@@ -217,7 +217,7 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
 }
 
 void SheetHost::enqueueAlert(const void* owner, const Alert& alert, AlertCompletion completion) {
-  enqueue(owner,
+  enqueue(owner, nullptr,
           [this, alert, completion = std::move(completion)] { return makeAlertCard(alert, completion); });
 }
 
