@@ -79,7 +79,7 @@ std::string expandingTilde(std::string_view path) {
 std::string standardizingPath(std::string_view path) {
   const auto expanded = expandingTilde(path);
   if (expanded.empty()) {
-    return expanded;
+    return "";
   }
   const bool absolute = expanded.front() == '/';
   std::vector<std::string_view> parts;
@@ -106,7 +106,7 @@ std::string standardizingPath(std::string_view path) {
     result += part;
   }
   if (result.empty()) {
-    result = absolute ? "/" : ".";
+    return absolute ? "/" : ".";
   }
   return result;
 }

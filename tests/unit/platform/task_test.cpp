@@ -91,6 +91,7 @@ TEST(Task, TakesNoOtherChildsStatus) {
     ::_exit(42);
   }
   std::vector<std::future<int>> tasks;
+  tasks.reserve(20);
   for (int i = 0; i < 20; ++i) {
     tasks.push_back(
         std::async(std::launch::async, [i] { return shell("exit " + std::to_string(i))->status; }));
@@ -106,6 +107,7 @@ TEST(Task, TakesNoOtherChildsStatus) {
 TEST(Task, ManyOutputsAtOnceAllEnd) {
   // A child that held the writing end of another one's pipe would keep that one's reader waiting.
   std::vector<std::future<std::string>> tasks;
+  tasks.reserve(16);
   for (int i = 0; i < 16; ++i) {
     tasks.push_back(
         std::async(std::launch::async, [i] { return shell("echo " + std::to_string(i))->standardOutput; }));

@@ -307,6 +307,7 @@ TEST_F(UserDefaultsTest, WritesThroughASymbolicLink) {
 TEST_F(UserDefaultsTest, ManyThreadsKeepEverything) {
   UserDefaults defaults(file);
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([&defaults, t] {
       for (int i = 0; i < 25; ++i) {
