@@ -1,6 +1,7 @@
 #include "platform/linux/linux_message_bus.h"
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,15 @@ namespace {
 
 constexpr const char* kPath = "/com/lumo/DistributedNotifications";
 constexpr const char* kInterface = "com.lumo.DistributedNotifications";
+
+// A longer name would have the bus close the connection; GDBus does not check it (D-Bus specification, "Valid
+// Names").
+constexpr std::size_t kLongestName = 255;
+
+bool isAllowedName(const std::string& name) {
+  return name.size() <= kLongestName && name.find('\0') == std::string::npos &&
+         g_dbus_is_member_name(name.c_str()) != FALSE;
+}
 
 // The text as the bus takes it: UTF-8 without NUL.
 std::string busText(std::string_view text, bool& repaired) {
@@ -41,7 +51,7 @@ GVariant* arguments(const DistributedNotification& notification) {
 
 bool LinuxMessageBus::postNotification(const DistributedNotification& notification) {
   const std::string& name = notification.name;
-  if (name.find('\0') != std::string::npos || !g_dbus_is_member_name(name.c_str())) {
+  if (!isAllowedName(name)) {
     NSLog("Notification refused, the bus does not allow the name \"%s\"", validUtf8(name));
     return false;
   }
