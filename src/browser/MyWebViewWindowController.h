@@ -140,6 +140,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   std::unique_ptr<platform::Window> window_;
   std::unique_ptr<platform::WebView> madeWebView_;
   std::vector<platform::NotificationCenter::Token> observers_;
+  // While a toggle of the full-screen state waits on the main queue.
+  bool toggleIsPosted_ = false;
   // Expires with the controller, for what is posted to the main queue.
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

@@ -47,7 +47,7 @@ void MyWebViewWindowController::ibGoButtonWK(const Sender& sender) {
   std::vector<platform::WebView*> views = visibleWebViews();
   std::reverse(views.begin(), views.end());
   // What was typed is discarded: the field shows the address that counts.
-  if (ibTextField != nullptr) {
+  if (ibTextField != nullptr && plan.kind != GoPlan::Kind::Nothing) {
     ibTextField->setStringValue(plan.url ? plan.url->absoluteString() : plan.invalidAddress);
   }
   if (plan.kind == GoPlan::Kind::Load) {

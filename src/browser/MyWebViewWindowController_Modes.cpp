@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "app/PreferenceKeys.h"
 #include "browser/MyWebViewWindowController.h"
 #include "browser/WindowMode.h"
@@ -67,7 +69,13 @@ void MyWebViewWindowController::makeWindowFullScreen() {
       break;
     case FullScreenStep::Toggle:
       NSLog("NEED TO TOOGGLE TO SMALLER SIZE....");
-      onMain([this] { window_->toggleFullScreen(); });
+      // At the start two requests come before the main queue runs; a second toggle would undo the first.
+      if (!std::exchange(toggleIsPosted_, true)) {
+        onMain([this] {
+          toggleIsPosted_ = false;
+          window_->toggleFullScreen();
+        });
+      }
       break;
     case FullScreenStep::CoverScreen:
       onMain([this, screen] { window_->setFrame(screen, true); });
