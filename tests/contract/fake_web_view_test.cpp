@@ -239,6 +239,18 @@ TEST_F(FakeWebViewTest, TheUserAgentNeedsNoProcess) {
   EXPECT_FALSE(dormant.isDormant());
 }
 
+TEST_F(FakeWebViewTest, ARuleForTheUserAgentIsAnsweredLaterAndWakesNobody) {
+  FakeWebView dormant{{machine.dispatch, machine.journal}, "legacy", {}, true};
+  dormant.failScript("navigator.userAgent", {7, "no answer", std::nullopt});
+  std::optional<WebError> failure;
+  dormant.evaluateJavaScript("navigator.userAgent", [&](auto, auto error) { failure = error; });
+  EXPECT_FALSE(failure);
+  machine.dispatch.runUntilIdle();
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->code, 7);
+  EXPECT_TRUE(dormant.isDormant());
+}
+
 TEST_F(FakeWebViewTest, ASnapshotThatNeverComesIsGivenUpAfterTenSeconds) {
   std::vector<std::string> taken;
   const auto keep = [&](const std::optional<platform::Image>& image) {

@@ -203,6 +203,7 @@ TEST_F(FakeWindowTest, GivesTheKeyboardOnlyToViewsThatCanTakeIt) {
   EXPECT_TRUE(window->makeFirstResponder(field));
   EXPECT_EQ(window->firstResponder(), &field);
   EXPECT_FALSE(window->makeFirstResponder(window->view<FakeView>("toolbar")));
+  EXPECT_TRUE(window->makeFirstResponder(*window->viewNamed("ibWebView")));
   field.setHidden(true);
   EXPECT_FALSE(window->makeFirstResponder(field));
   EXPECT_FALSE(window->makeFirstResponder(sheet->view<FakeButton>("ibCloseButton")));

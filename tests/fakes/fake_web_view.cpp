@@ -87,15 +87,17 @@ std::optional<std::string> FakeWebView::stringByEvaluatingJavaScriptFromString(c
 void FakeWebView::evaluateJavaScript(const std::string& script, ScriptCompletion completion) {
   record("evaluateJavaScript " + script);
   scripts_.push_back(script);
-  if (script == kUserAgentScript) {
-    completion(PropertyList(customUserAgent_.value_or(engineUserAgent_)), std::nullopt);
-    return;
-  }
-  wake();
-  ScriptRule answer;
   const auto rule = std::find_if(
       scriptRules_.rbegin(), scriptRules_.rend(),
       [&](const ScriptRule& candidate) { return script.find(candidate.part) != std::string::npos; });
+  if (script == kUserAgentScript && rule == scriptRules_.rend()) {
+    completion(PropertyList(customUserAgent_.value_or(engineUserAgent_)), std::nullopt);
+    return;
+  }
+  if (script != kUserAgentScript) {
+    wake();
+  }
+  ScriptRule answer;
   if (rule != scriptRules_.rend()) {
     answer = *rule;
   }

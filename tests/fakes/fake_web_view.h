@@ -100,7 +100,8 @@ class FakeWebView final : public FakeView, public platform::WebView {
   void closeByScript();
 
   // From now on a script that contains `part` gives this value (absent for undefined) or error, on the main
-  // queue. Later rules come first; a script without a rule gives undefined.
+  // queue. Later rules come first; a script without a rule gives undefined, "navigator.userAgent" the agent
+  // at once.
   void answerScript(const std::string& part, std::optional<platform::PropertyList> result);
   void failScript(const std::string& part, const platform::WebError& error);
   // What "navigator.userAgent" is without a custom agent.
@@ -111,6 +112,9 @@ class FakeWebView final : public FakeView, public platform::WebView {
   void scriptEndlessSnapshot() { scriptSnapshot(std::nullopt, platform::Millis::max()); }
   // A picture of one colour.
   static platform::Image picture(int width, int height);
+
+ protected:
+  bool canTakeFocus() const override { return true; }
 
  private:
   enum class Phase { Idle, Requested, Started, Committed };
