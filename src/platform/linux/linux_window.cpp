@@ -11,6 +11,15 @@
 
 namespace platform {
 
+namespace {
+
+// The toolkit takes each size that the X server reports for the wanted one, also one that was reported before
+// a newer was asked for: a frame set just after the window was shown would be lost. It is asked for again
+// when a report differs, and not without end, since a window manager may refuse it.
+constexpr int kFrameTries = 5;
+
+}  // namespace
+
 std::vector<Rect> screenFrames() {
   std::vector<Rect> frames;
   GdkDisplay* display = gdk_display_get_default();
@@ -113,8 +122,8 @@ void LinuxWindow::connectToplevel() {
                      // The window manager forgets the state with every unmapping, and the place is its choice
                      // until now.
                      window->setLevel(window->level_);
-                     if (window->wantedPosition_ != Point{} || window->coversScreen(window->frame())) {
-                       x11Move(window->toplevel_, window->wantedPosition_);
+                     if (window->wantedPosition() != Point{} || window->coversScreen(window->frame())) {
+                       x11Move(window->toplevel_, window->wantedPosition());
                      }
                    }),
                    this);
@@ -136,10 +145,32 @@ void LinuxWindow::fitToScreen() {
 void LinuxWindow::surfaceResized() {
   // The surface announces its new size before the widgets have theirs.
   dispatch_.main().async([this, alive = contentView().lifetime()] {
-    if (!alive.expired() && delegate_ != nullptr) {
+    if (alive.expired()) {
+      return;
+    }
+    insistOnFrame();
+    if (delegate_ != nullptr) {
       delegate_->windowDidResize(*this);
     }
   });
+}
+
+void LinuxWindow::insistOnFrame() {
+  if (frameTries_ == 0) {
+    return;
+  }
+  if (frame() == wantedFrame_) {
+    frameTries_ = 0;
+    return;
+  }
+  --frameTries_;
+  applyWantedFrame();
+}
+
+void LinuxWindow::applyWantedFrame() {
+  gtk_window_set_default_size(toplevel_, static_cast<int>(wantedFrame_.width),
+                              static_cast<int>(wantedFrame_.height));
+  x11Move(toplevel_, wantedPosition());
 }
 
 SheetHost* LinuxWindow::host() const {
@@ -162,7 +193,7 @@ Rect LinuxWindow::frame() const {
     return {0, 0, static_cast<double>(gtk_widget_get_width(sheet_)),
             static_cast<double>(gtk_widget_get_height(sheet_))};
   }
-  Rect frame{wantedPosition_.x, wantedPosition_.y, 0, 0};
+  Rect frame{wantedFrame_.x, wantedFrame_.y, 0, 0};
   int width = gtk_widget_get_width(GTK_WIDGET(toplevel_));
   int height = gtk_widget_get_height(GTK_WIDGET(toplevel_));
   if (width == 0 || height == 0) {
@@ -190,7 +221,7 @@ void LinuxWindow::setFrame(const Rect& frame, bool /*animate*/) {
   if (covering && !coversScreen(present)) {
     usualFrame_ = present;
   }
-  wantedPosition_ = {frame.x, frame.y};
+  wantedFrame_ = frame;
   // Only the window manager's decorations go: the title bar is inside the window.
   gtk_window_set_decorated(toplevel_, !covering);
   if (!isOnX11(toplevel_)) {
@@ -202,8 +233,8 @@ void LinuxWindow::setFrame(const Rect& frame, bool /*animate*/) {
     }
     return;
   }
-  gtk_window_set_default_size(toplevel_, static_cast<int>(frame.width), static_cast<int>(frame.height));
-  x11Move(toplevel_, wantedPosition_);
+  frameTries_ = kFrameTries;
+  applyWantedFrame();
 }
 
 void LinuxWindow::toggleFullScreen() {

@@ -70,6 +70,9 @@ class LinuxWindow final : public Window {
   void connectToplevel();
   void fitToScreen();
   void surfaceResized();
+  void insistOnFrame();
+  void applyWantedFrame();
+  Point wantedPosition() const { return {wantedFrame_.x, wantedFrame_.y}; }
   void moveBars(bool overPage);
   bool coversScreen(const Rect& frame) const;
 
@@ -88,7 +91,8 @@ class LinuxWindow final : public Window {
   int level_ = kNormalWindowLevel;
   unsigned styleMask_ = 15;
   Rect usualFrame_;
-  Point wantedPosition_;
+  Rect wantedFrame_;
+  int frameTries_ = 0;
 };
 
 // Screen rectangles of the display's monitors, in logical pixels, the first one first.
