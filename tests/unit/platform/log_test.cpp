@@ -97,7 +97,7 @@ TEST(Log, NamesTheThread) {
 TEST(Log, WritesLocalTime) {
   const char* zone = std::getenv("TZ");
   const std::string before = zone == nullptr ? "" : zone;
-  ::setenv("TZ", "XXX-05:30", 1);
+  ::setenv("TZ", "KSK-05:30", 1);
   ::tzset();
   const std::time_t earliest = std::time(nullptr);
   const std::string line = lineOf([] { logLine("x"); });
@@ -184,6 +184,7 @@ TEST(Log, NeverMixesTheLinesOfThreads) {
       }
     });
     std::vector<std::thread> writers;
+    writers.reserve(threadCount);
     for (int number = 0; number < threadCount; ++number) {
       writers.emplace_back([number] {
         const std::string text(9000, static_cast<char>('a' + number));

@@ -114,6 +114,7 @@ TEST(NotificationCenter, DropsRemovedObserversOutsideOfItsLock) {
   NotificationCenter center;
   struct Poster {
     NotificationCenter& center;
+    explicit Poster(NotificationCenter& where) : center(where) {}
     ~Poster() { center.postNotificationName("gone"); }
   };
   int gone = 0;
@@ -129,6 +130,7 @@ TEST(NotificationCenter, WorksFromManyThreads) {
   std::atomic<int> heard = 0;
   center.addObserver("n", [&](const Notification&) { ++heard; });
   std::vector<std::thread> threads;
+  threads.reserve(4);
   constexpr int rounds = 300;
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([&] {

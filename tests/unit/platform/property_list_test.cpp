@@ -235,7 +235,7 @@ TEST(PropertyList, DescribesDeepNesting) {
     value = Array{std::move(value)};
   }
   const std::string text = description(value);
-  EXPECT_NE(text.find(std::string(4 * 512, ' ') + "end\n"), std::string::npos);
+  EXPECT_NE(text.find(std::string(std::size_t{4} * 512, ' ') + "end\n"), std::string::npos);
 }
 
 TEST(PropertyList, JoinsComponents) {
