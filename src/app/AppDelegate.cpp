@@ -57,10 +57,12 @@ void AppDelegate::applicationDidFinishLaunching() {
   observers_.push_back(platform_.notifications.addObserver(
       "LumoNotificationTerminateNow",
       [this](const platform::Notification& note) { handleTerminateNowNotifcation(&note); }));
+  // The posted blocks may run when the delegate is gone; the platform outlives both.
   const std::weak_ptr<int> alive(alive_);
+  platform::Dispatch& dispatch = platform_.dispatch;
   if (platform_.defaults.boolForKey(prefDoAutoLoadUrlAtStartup)) {
-    platform::SerialQueue(platform_.dispatch).async([this, alive] {
-      platform_.dispatch.main().async([this, alive] {
+    platform::SerialQueue(dispatch).async([this, alive, &dispatch] {
+      dispatch.main().async([this, alive] {
         if (alive.expired()) {
           return;
         }
@@ -70,8 +72,8 @@ void AppDelegate::applicationDidFinishLaunching() {
       });
     });
   }
-  platform_.dispatch.global().async([this, alive] {
-    platform_.dispatch.main().async([this, alive] {
+  dispatch.global().async([this, alive, &dispatch] {
+    dispatch.main().async([this, alive] {
       if (!alive.expired()) {
         ibBringToFrontButton();
       }
