@@ -73,8 +73,8 @@ static void layerBinAllocate(GtkWidget* widget, int width, int height, int /*bas
   // The transform belongs here and not into the drawing: only then do clicks follow it.
   const auto anchorX = static_cast<float>(state.anchor.x * frame.width);
   const auto anchorY = static_cast<float>(state.anchor.y * frame.height);
-  const auto x = static_cast<float>(frame.x + state.offset.x);
-  const auto y = static_cast<float>(frame.y + state.offset.y);
+  const auto x = static_cast<float>(frame.x + state.offset.x + state.motion.x);
+  const auto y = static_cast<float>(frame.y + state.offset.y + state.motion.y);
   const graphene_point_t toAnchor{x + anchorX, y + anchorY};
   GskTransform* transform = gsk_transform_translate(nullptr, &toAnchor);
   if (state.rotation != 0) {
@@ -164,6 +164,10 @@ GtkWidget* newLayerBin(bool isFree) {
   return GTK_WIDGET(g_object_new(LUMO_TYPE_LAYER_BIN, "free", static_cast<gboolean>(isFree), nullptr));
 }
 
+bool isFreeLayerBin(LumoLayerBin* bin) {
+  return bin->isFree != FALSE;
+}
+
 GtkWidget* layerBinChild(LumoLayerBin* bin) {
   return bin->child;
 }
@@ -185,20 +189,14 @@ const LayerState& layerState(LumoLayerBin* bin) {
 
 void setLayerState(LumoLayerBin* bin, const LayerState& state) {
   const bool colorOnly = bin->state->frame == state.frame && bin->state->anchor == state.anchor &&
-                         bin->state->offset == state.offset && bin->state->rotation == state.rotation;
+                         bin->state->offset == state.offset && bin->state->motion == state.motion &&
+                         bin->state->rotation == state.rotation;
   *bin->state = state;
   if (colorOnly) {
     gtk_widget_queue_draw(GTK_WIDGET(bin));
   } else {
     gtk_widget_queue_allocate(GTK_WIDGET(bin));
   }
-}
-
-Rect layerFrame(LumoLayerBin* bin) {
-  Rect frame = childFrame(bin, gtk_widget_get_width(GTK_WIDGET(bin)), gtk_widget_get_height(GTK_WIDGET(bin)));
-  frame.x += bin->state->offset.x;
-  frame.y += bin->state->offset.y;
-  return frame;
 }
 
 }  // namespace platform

@@ -23,6 +23,8 @@ struct LayerState {
   Point anchor{0.5, 0.5};
   // How far the anchor point lies from its place in the frame.
   Point offset;
+  // How far from its frame the child is drawn while a motion runs. No part of the frame.
+  Point motion;
   // Radians, positive counter-clockwise.
   double rotation = 0;
   std::optional<Color> background;
@@ -31,11 +33,10 @@ struct LayerState {
 // A bin whose size request is its child's, or nothing at all when it is free (for views that fill whatever
 // there is).
 GtkWidget* newLayerBin(bool isFree);
+bool isFreeLayerBin(LumoLayerBin* bin);
 GtkWidget* layerBinChild(LumoLayerBin* bin);
 void setLayerBinChild(LumoLayerBin* bin, GtkWidget* child);
 const LayerState& layerState(LumoLayerBin* bin);
 void setLayerState(LumoLayerBin* bin, const LayerState& state);
-// The child's frame as it is laid out, without its turn.
-Rect layerFrame(LumoLayerBin* bin);
 
 }  // namespace platform

@@ -42,11 +42,17 @@ LumoLayerBin* wrapInBin(GtkWidget* widget) {
   gtk_widget_set_halign(bin, gtk_widget_get_halign(widget));
   gtk_widget_set_valign(bin, gtk_widget_get_valign(widget));
   gtk_widget_set_visible(bin, gtk_widget_get_visible(widget));
+  GtkRoot* root = gtk_widget_get_root(widget);
+  GtkWidget* focus = root == nullptr ? nullptr : gtk_root_get_focus(root);
+  const bool hadFocus = focus != nullptr && (focus == widget || gtk_widget_is_ancestor(focus, widget));
   g_object_ref(widget);
   gtk_box_remove(GTK_BOX(parent), widget);
   gtk_box_insert_child_after(GTK_BOX(parent), bin, before);
   setLayerBinChild(LUMO_LAYER_BIN(bin), widget);
   g_object_unref(widget);
+  if (hadFocus) {
+    gtk_root_set_focus(root, focus);
+  }
   return LUMO_LAYER_BIN(bin);
 }
 
@@ -107,10 +113,7 @@ void LinuxView::attach(GtkWidget* widget, LinuxView* view) {
 
 LumoLayerBin* LinuxView::bin() const {
   GtkWidget* parent = gtk_widget_get_parent(widget_);
-  if (parent != nullptr && LUMO_IS_LAYER_BIN(parent)) {
-    return LUMO_LAYER_BIN(parent);
-  }
-  return parent == nullptr ? nullptr : wrapInBin(widget_);
+  return parent != nullptr && LUMO_IS_LAYER_BIN(parent) ? LUMO_LAYER_BIN(parent) : nullptr;
 }
 
 std::optional<std::string> LinuxView::identifier() const {
@@ -174,9 +177,15 @@ void LinuxView::addSubviewAbove(View& view, View* sibling) {
     NSLog("%@ takes no subview %@", description(*this), description(view));
     return;
   }
+  const Rect frame = added->frame();
+  const LayerState state = added->layer();
+  g_object_ref(added->widget());
+  added->leaveSuperview();
   GtkWidget* bin = newLayerBin(true);
   setLayerBinChild(LUMO_LAYER_BIN(bin), added->widget());
+  g_object_unref(added->widget());
   gtk_overlay_add_overlay(GTK_OVERLAY(widget_), bin);
+  gtk_widget_set_visible(bin, gtk_widget_get_visible(added->widget()));
   auto* below = dynamic_cast<LinuxView*>(sibling);
   if (below != nullptr && below->superview() == static_cast<View*>(this)) {
     GtkWidget* belowBin = below->widget();
@@ -184,6 +193,30 @@ void LinuxView::addSubviewAbove(View& view, View* sibling) {
       belowBin = gtk_widget_get_parent(belowBin);
     }
     gtk_widget_insert_after(bin, widget_, belowBin);
+  }
+  added->setLayer(state);
+  added->setFrame(frame);
+}
+
+void LinuxView::leaveSuperview() {
+  GtkWidget* parent = gtk_widget_get_parent(widget_);
+  if (parent == nullptr) {
+    return;
+  }
+  if (!LUMO_IS_LAYER_BIN(parent)) {
+    gtk_widget_unparent(widget_);
+    return;
+  }
+  GtkWidget* outer = gtk_widget_get_parent(parent);
+  setLayerBinChild(LUMO_LAYER_BIN(parent), nullptr);
+  if (outer != nullptr && GTK_IS_OVERLAY(outer)) {
+    if (gtk_overlay_get_child(GTK_OVERLAY(outer)) == parent) {
+      gtk_overlay_set_child(GTK_OVERLAY(outer), nullptr);
+    } else {
+      gtk_overlay_remove_overlay(GTK_OVERLAY(outer), parent);
+    }
+  } else if (outer != nullptr && GTK_IS_BOX(outer)) {
+    gtk_box_remove(GTK_BOX(outer), parent);
   }
 }
 
@@ -195,13 +228,25 @@ Window* LinuxView::window() const {
   return windowOf(widget_);
 }
 
-Rect LinuxView::boundsOfSuperview() const {
-  GtkWidget* parent = gtk_widget_get_parent(widget_);
-  if (parent == nullptr) {
+Point LinuxView::origin() const {
+  GtkWidget* place = bin() != nullptr ? GTK_WIDGET(bin()) : widget_;
+  auto* above = dynamic_cast<LinuxView*>(superview());
+  double x = 0;
+  double y = 0;
+  if (above == nullptr || !gtk_widget_translate_coordinates(place, above->widget(), 0, 0, &x, &y)) {
     return {};
   }
-  return {0, 0, static_cast<double>(gtk_widget_get_width(parent)),
-          static_cast<double>(gtk_widget_get_height(parent))};
+  return {x, y};
+}
+
+Rect LinuxView::boundsOfSuperview() const {
+  auto* above = dynamic_cast<LinuxView*>(superview());
+  GtkWidget* holder = above != nullptr ? above->widget() : gtk_widget_get_parent(widget_);
+  if (holder == nullptr) {
+    return {};
+  }
+  return {0, 0, static_cast<double>(gtk_widget_get_width(holder)),
+          static_cast<double>(gtk_widget_get_height(holder))};
 }
 
 LayerState LinuxView::layer() const {
@@ -210,7 +255,8 @@ LayerState LinuxView::layer() const {
 }
 
 void LinuxView::setLayer(const LayerState& state) {
-  if (LumoLayerBin* layerBin = bin()) {
+  LumoLayerBin* layerBin = bin() != nullptr ? bin() : wrapInBin(widget_);
+  if (layerBin != nullptr) {
     setLayerState(layerBin, state);
   } else {
     NSLog("%@ is placed by its container; its frame cannot be set", description(*this));
@@ -218,47 +264,41 @@ void LinuxView::setLayer(const LayerState& state) {
 }
 
 Rect LinuxView::frame() const {
-  if (LumoLayerBin* layerBin = bin()) {
-    Rect frame = layerFrame(layerBin);
-    // The bin itself stands somewhere in the superview.
-    View* parent = superview();
-    auto* parentView = dynamic_cast<LinuxView*>(parent);
-    double x = 0;
-    double y = 0;
-    if (parentView != nullptr &&
-        gtk_widget_translate_coordinates(GTK_WIDGET(layerBin), parentView->widget(), 0, 0, &x, &y)) {
-      frame.x += x;
-      frame.y += y;
-    }
-    return frame;
+  if (gtk_widget_get_parent(widget_) == nullptr) {
+    return looseFrame_;
   }
-  GtkWidget* parent = gtk_widget_get_parent(widget_);
-  graphene_rect_t bounds;
-  if (parent == nullptr || !gtk_widget_compute_bounds(widget_, parent, &bounds)) {
-    return {0, 0, static_cast<double>(gtk_widget_get_width(widget_)),
-            static_cast<double>(gtk_widget_get_height(widget_))};
-  }
-  return {bounds.origin.x, bounds.origin.y, bounds.size.width, bounds.size.height};
+  const Point place = origin();
+  const LayerState state = layer();
+  const Rect inner = state.frame.value_or(ownPlace());
+  return {inner.x + place.x + state.offset.x, inner.y + place.y + state.offset.y, inner.width, inner.height};
+}
+
+Rect LinuxView::ownPlace() const {
+  LumoLayerBin* layerBin = bin();
+  GtkWidget* holder = layerBin != nullptr ? GTK_WIDGET(layerBin) : widget_;
+  const Rect place{0, 0, static_cast<double>(gtk_widget_get_width(holder)),
+                   static_cast<double>(gtk_widget_get_height(holder))};
+  const bool laidOut = place.width > 0 || place.height > 0;
+  return laidOut || layerBin == nullptr || !isFreeLayerBin(layerBin) ? place : boundsOfSuperview();
 }
 
 void LinuxView::setFrame(const Rect& frame) {
   frameMotion_.reset();
-  LayerState state = layer();
   const Rect wanted{frame.x, frame.y, std::max(0.0, frame.width), std::max(0.0, frame.height)};
-  const Rect present = this->frame();
-  const Rect all = boundsOfSuperview();
-  // A frame that covers its place follows it; before the first layout every frame does.
-  if (wanted == all || (all.width == 0 && all.height == 0)) {
-    state.frame.reset();
-  } else if (LumoLayerBin* layerBin = bin()) {
-    const Rect inner = layerFrame(layerBin);
-    const Point origin{present.x - inner.x, present.y - inner.y};
-    state.frame = Rect{wanted.x - origin.x, wanted.y - origin.y, wanted.width, wanted.height};
-    if (*state.frame == all) {
-      state.frame.reset();
-    }
+  if (gtk_widget_get_parent(widget_) == nullptr) {
+    looseFrame_ = wanted;
+    return;
   }
+  LayerState state = layer();
+  const Point start = origin();
+  const Rect place = ownPlace();
+  const Rect inPlace{wanted.x - start.x, wanted.y - start.y, wanted.width, wanted.height};
+  const bool nothingYet = place == Rect{} && wanted.width == 0 && wanted.height == 0;
+  // A view that is where its container puts it follows the container, and so one that covers its superview
+  // follows that. Before the first layout there is nothing to compare with: what has no size follows.
+  state.frame = inPlace == place || nothingYet ? std::nullopt : std::optional(inPlace);
   state.offset = {};
+  state.motion = {};
   setLayer(state);
 }
 

@@ -14,8 +14,9 @@
 namespace platform {
 
 // A widget as a view. Frames, turns and colours act through the LayerBin around the widget; a widget that
-// stands in a plain box gets its bin when it is first needed, one whose container has no place for a bin
-// keeps the layout's frame, with a line in the log.
+// stands in a plain box gets its bin when something is first set, one whose container has no place for a bin
+// keeps the layout's frame, with a line in the log. A widget that stands nowhere yet keeps its frame for the
+// view that it is put into.
 class LinuxView : public virtual View {
  public:
   // Holds no reference: the widget owns its view, or the owner of both does.
@@ -64,24 +65,31 @@ class LinuxView : public virtual View {
   void removeAnimation(const std::string& key) override;
   std::vector<std::string> animationKeys() const override;
 
- protected:
-  // The bin around the widget, made when it is missing; null where there is no place for one.
-  LumoLayerBin* bin() const;
+  // Out of the view that holds this one, which goes on without it.
+  void leaveSuperview();
 
  private:
   struct Motion;
   struct Turn;
 
+  // The bin around the widget, or null when it has none (yet).
+  LumoLayerBin* bin() const;
   LayerState layer() const;
   void setLayer(const LayerState& state);
   void startTicking();
   bool tick(gint64 frameTime);
   void showRotation();
+  // Where the widget's place begins in the superview's coordinates.
+  Point origin() const;
+  // The space that the container gives the widget, in its own coordinates; empty before the first layout.
+  Rect ownPlace() const;
   Rect boundsOfSuperview() const;
 
   Dispatch& dispatch_;
   GtkWidget* widget_;
   std::shared_ptr<void> alive_;
+  // The frame of a view that stands nowhere yet.
+  Rect looseFrame_;
   double opacity_ = 1;
   double rotation_ = 0;
   guint tickId_ = 0;

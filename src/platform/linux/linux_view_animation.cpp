@@ -11,8 +11,8 @@ namespace platform {
 struct LinuxView::Motion {
   gint64 start = 0;
   gint64 duration = 0;
-  Rect fromFrame;
-  Rect toFrame;
+  // How far from the frame, which has its new value already, the view is drawn at first.
+  Point from;
   double fromOpacity = 0;
   double toOpacity = 0;
 
@@ -68,10 +68,7 @@ bool LinuxView::tick(gint64 frameTime) {
     const double part = motion.progress(frameTime);
     const double shown = eased(part);
     LayerState state = layer();
-    // What is drawn differs from the frame, which has its new value already, by an offset that ends at
-    // nothing.
-    state.offset = {between(motion.fromFrame.x - motion.toFrame.x, 0, shown),
-                    between(motion.fromFrame.y - motion.toFrame.y, 0, shown)};
+    state.motion = {between(motion.from.x, 0, shown), between(motion.from.y, 0, shown)};
     setLayer(state);
     if (part >= 1) {
       frameMotion_.reset();
@@ -107,14 +104,20 @@ void LinuxView::showRotation() {
 }
 
 void LinuxView::animateFrame(const Rect& frame, Millis duration, Block completion) {
-  auto motion = std::make_shared<Motion>();
-  motion->start = g_get_monotonic_time();
-  motion->duration = duration.count() * 1000;
-  motion->fromFrame = this->frame();
-  motion->toFrame = frame;
+  // From where it is drawn now, in the middle of another motion too.
+  const Rect before = this->frame();
+  const Point drawn = layer().motion;
   setFrame(frame);
-  frameMotion_ = std::move(motion);
-  startTicking();
+  if (duration.count() > 0) {
+    LayerState state = layer();
+    state.motion = {before.x + drawn.x - frame.x, before.y + drawn.y - frame.y};
+    frameMotion_ = std::make_shared<Motion>();
+    frameMotion_->start = g_get_monotonic_time();
+    frameMotion_->duration = duration.count() * 1000;
+    frameMotion_->from = state.motion;
+    setLayer(state);
+    startTicking();
+  }
   dispatch_.main().after(duration, [alive = lifetime(), completion = std::move(completion)] {
     if (!alive.expired() && completion) {
       completion();

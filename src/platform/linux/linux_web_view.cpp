@@ -20,6 +20,9 @@ LinuxWebView::LinuxWebView(Dispatch& dispatch, WebEngine& engine, GtkWidget* wid
 LinuxWebView::~LinuxWebView() {
   if (web_ != nullptr) {
     g_signal_handlers_disconnect_by_data(web_, this);
+    if (widget() == GTK_WIDGET(web_)) {
+      leaveSuperview();
+    }
     g_object_unref(web_);
   }
 }

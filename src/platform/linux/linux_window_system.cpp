@@ -62,8 +62,10 @@ std::unique_ptr<Window> LinuxWindowSystem::loadWindow(const std::string& name) {
   return window;
 }
 
-std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& /*frame*/) {
-  return engine_.makeWebView();
+std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& frame) {
+  std::unique_ptr<WebView> made = engine_.makeWebView();
+  made->setFrame(frame);
+  return made;
 }
 
 std::vector<Rect> LinuxWindowSystem::screens() const {

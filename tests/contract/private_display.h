@@ -1,0 +1,56 @@
+#pragma once
+
+#include <csignal>
+#include <stdexcept>
+#include <string>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/file_descriptor.h"
+
+// An X server of the test's own without a window manager, on a display number that it finds free itself. It
+// goes with the process. To be made before there are threads.
+class PrivateDisplay {
+ public:
+  PrivateDisplay() {
+    int ends[2];
+    if (pipe(ends) != 0) {
+      throw std::runtime_error("no pipe");
+    }
+    const platform::FileDescriptor readEnd(ends[0]);
+    platform::FileDescriptor writeEnd(ends[1]);
+    const std::string number = std::to_string(writeEnd.get());
+    process_ = fork();
+    if (process_ == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGTERM);
+      // It complains there about keyboard symbols that nobody uses.
+      dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+      execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+             nullptr);
+      _exit(127);
+    }
+    writeEnd.reset();
+    pollfd ready = {readEnd.get(), POLLIN, 0};
+    char text[16] = {};
+    if (process_ < 0 || poll(&ready, 1, 30'000) != 1 || read(readEnd.get(), text, sizeof text - 1) < 2) {
+      throw std::runtime_error("Xvfb did not start");
+    }
+    name_ = ":" + std::string(text, std::string_view(text).find('\n'));
+  }
+  ~PrivateDisplay() {
+    kill(process_, SIGTERM);
+    waitpid(process_, nullptr, 0);
+  }
+  PrivateDisplay(const PrivateDisplay&) = delete;
+  PrivateDisplay& operator=(const PrivateDisplay&) = delete;
+
+  const std::string& name() const { return name_; }
+
+ private:
+  pid_t process_ = -1;
+  std::string name_;
+};
