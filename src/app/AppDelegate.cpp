@@ -4,6 +4,7 @@
 #include "browser/MyWebViewWindowController.h"
 #include "platform/log.h"
 #include "platform/user_defaults.h"
+#include "support/NotificationNames.h"
 
 // Life of the application after class initialisation.
 
@@ -17,7 +18,8 @@ constexpr const char* kClass = "AppDelegate";
 
 }  // namespace
 
-AppDelegate::AppDelegate(platform::Platform& platform) : platform_(platform) {}
+AppDelegate::AppDelegate(platform::Platform& platform)
+    : platform_(platform), openQueue_(platform.dispatch, "AppDelegate.open") {}
 
 AppDelegate::~AppDelegate() {
   for (const auto token : observers_) {
@@ -52,11 +54,9 @@ void AppDelegate::applicationDidFinishLaunching() {
   NSLog("%@->%@....", kClass, "applicationDidFinishLaunching:");
   platform_.application.setServicesProvider(this);
   observers_.push_back(platform_.notifications.addObserver(
-      "LumoNotificationAddFromString",
-      [this](const platform::Notification& note) { handleDragDropNotification(note); }));
+      kAddFromString, [this](const platform::Notification& note) { handleDragDropNotification(note); }));
   observers_.push_back(platform_.notifications.addObserver(
-      "LumoNotificationTerminateNow",
-      [this](const platform::Notification& note) { handleTerminateNowNotifcation(&note); }));
+      kTerminateNow, [this](const platform::Notification& note) { handleTerminateNowNotifcation(&note); }));
   // The posted blocks may run when the delegate is gone; the platform outlives both.
   const std::weak_ptr<int> alive(alive_);
   platform::Dispatch& dispatch = platform_.dispatch;
@@ -102,20 +102,6 @@ void AppDelegate::applicationDidResignActive() {
   if (platform_.defaults.boolForKey(prefKeepAppActiveAlways)) {
     ibBringToFrontButton();
   }
-}
-
-platform::TerminateReply AppDelegate::applicationShouldTerminate() {
-  NSLog("%@->%@....", kClass, "applicationShouldTerminate:");
-  return platform::TerminateReply::Now;
-}
-
-void AppDelegate::applicationMustTerminate() {
-  platform_.application.terminate();
-}
-
-void AppDelegate::handleTerminateNowNotifcation(const platform::Notification* /*notification*/) {
-  NSLog("%@->%@....", kClass, "handleTerminateNowNotifcation:");
-  fDoTerminateNow = true;
 }
 
 }  // namespace lumo

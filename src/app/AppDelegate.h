@@ -9,6 +9,7 @@
 #include "platform/application.h"
 #include "platform/notification_center.h"
 #include "platform/platform.h"
+#include "platform/queue.h"
 #include "platform/view.h"
 #include "platform/window.h"
 
@@ -57,13 +58,29 @@ class AppDelegate final : public platform::ApplicationDelegate, public platform:
   void SearchFromPasteboard_userData_error(const platform::Pasteboard& pasteboard,
                                            const std::optional<std::string>& userData) override;
 
+  // The server placeholders replaced; absent when there is one and no server is set.
+  std::optional<std::string> replaceKnownPlaceholdersForUrl(const std::string& url) const;
+  // Resolves an address from outside; when it is one, it is stored and, 100 ms later, loaded. False
+  // otherwise, and then nothing changes.
+  bool validateUrlString(const std::optional<std::string>& text);
+  // Event handlers that start-up does not install; `directObject` is the event's text, absent for none.
+  void handleGetURLEvent_withReplyEvent(const std::optional<std::string>& directObject);
+  void handleOpenContentsEvent_withReplyEvent(const std::optional<std::string>& directObject);
+
+  // Acts on the answer to the question before quitting.
+  void alertDidEnd_returnCode_contextInfo(long returnCode);
   void handleDragDropNotification(const platform::Notification& notification);
+  // The closing path. Called directly (null), it first tells the station's other programs that the window was
+  // closed; a poster of the notification has told them already.
   void handleTerminateNowNotifcation(const platform::Notification* notification);
 
  private:
   void connectMenu();
+  void onMain(std::weak_ptr<int> alive, platform::Block block);
 
   platform::Platform& platform_;
+  platform::SerialQueue openQueue_;
+  bool exitConfirmationShown_ = false;
   std::vector<platform::NotificationCenter::Token> observers_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

@@ -7,6 +7,7 @@
 #include "platform/user_defaults.h"
 #include "preferences/MyPreferencesWindowController.h"
 #include "support/LumoNSViewAdditions.h"
+#include "support/NotificationNames.h"
 
 // The window's set-up and its delegate; what the window does stands in the files named by concern beside this
 // one.
@@ -140,10 +141,9 @@ void MyWebViewWindowController::windowDidLoad() {
   ibWebViewOriginalConstant = constraint == nullptr ? 0 : constraint->constant;
   adjustWebViewForNavigationBar({});
   observers_.push_back(platform_.notifications.addObserver(
-      "ibshownavbarNotification",
-      [this](const platform::Notification& note) { handleShowNavBarNotification(note); }));
+      kShowNavBar, [this](const platform::Notification& note) { handleShowNavBarNotification(note); }));
   observers_.push_back(platform_.notifications.addObserver(
-      "LumoNotificationTerminateWithOutRegistrationSave",
+      kTerminateWithOutRegistrationSave,
       [this](const platform::Notification& note) { handleTerminateWithOutRegistrationSave(note); }));
   fFirstTime = true;
   window_->setLevel(platform_.defaults.boolForKey(prefWindowAlwaysStatusLevel)

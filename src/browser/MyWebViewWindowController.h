@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "browser/ReleaseMessage.h"
 #include "browser/Sender.h"
+#include "platform/message_bus.h"
 #include "platform/notification_center.h"
 #include "platform/platform.h"
 #include "platform/queue.h"
@@ -69,8 +71,18 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void handleShowNavBarNotification(const platform::Notification& notification);
   // Applies prefForceFullScreen: posts the change of the window's frame to the main queue.
   void makeWindowFullScreen();
-  // Posted when the person leaves without saving an order.
+
+  // The end of an order: each waits, sends the release message and then has the application end. Any thread.
+  // `fields` are the header fields of the answer that released the order.
+  void handleTerminateWithRegistrationOrdersPhotoStationData(const platform::HeaderFields& fields);
+  // Answers YES and sends nothing.
+  bool handleTerminateWithRegistrationOrdersPhotoStationDataLOOP(const platform::HeaderFields& fields);
+  void handleTerminateWithRegistrationSave();
+  // Observes the notification that the person leaves without saving an order.
   void handleTerminateWithOutRegistrationSave(const platform::Notification& notification);
+  // Sends the browser to the station's order list instead; `data` holds the failing address under
+  // "NSErrorFailingURLKey", and nothing happens without one.
+  void handleTerminateWithRegistrationOrdersConfirmSaveData(const platform::Dictionary& data);
 
   // Commands. A sender that is an address counts only for ibGoButton and only when no address is stored.
   void ibGoButton(const Sender& sender);
@@ -132,6 +144,9 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void windowDidLoad();
   void setUpUserAgents();
   void setUpOverlay();
+  // Sends `message`, logs for `operation`, runs `posted` (may be empty) and asks the application to end.
+  void postRelease(const char* operation, platform::DistributedNotification message, platform::Block posted);
+  void releaseAfterSave(const char* operation, ReleaseStatus status);
   // The web views that commands act on: those that exist and are not hidden, the legacy one first.
   std::vector<platform::WebView*> visibleWebViews() const;
 

@@ -109,9 +109,4 @@ void MyWebViewWindowController::webViewDidClose(platform::WebView& /*view*/) {
   NSLog("%@-%@...", kClass, "webViewDidClose:");
 }
 
-void MyWebViewWindowController::handleTerminateWithOutRegistrationSave(
-    const platform::Notification& notification) {
-  NSLog("%@->%@....notification = %@", kClass, "handleTerminateWithOutRegistrationSave:", notification);
-}
-
 }  // namespace lumo

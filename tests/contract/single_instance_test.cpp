@@ -80,20 +80,29 @@ TEST_F(SingleInstanceTest, CopesWithAHolderThatWroteNothing) {
 TEST_F(SingleInstanceTest, DoesNotGiveThePlaceToChildren) {
   std::optional<SingleInstance> first("com.lumo.LumoBrowser");
   ASSERT_EQ(first->claim(folder_), Copies{self_});
-  int ends[2];
-  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  const platform::FileDescriptor readEnd(ends[0]);
-  platform::FileDescriptor writeEnd(ends[1]);
+  int in[2];
+  int out[2];
+  ASSERT_EQ(pipe2(in, O_CLOEXEC), 0);
+  ASSERT_EQ(pipe2(out, O_CLOEXEC), 0);
+  const platform::FileDescriptor childIn(in[0]);
+  platform::FileDescriptor toChild(in[1]);
+  const platform::FileDescriptor fromChild(out[0]);
+  const platform::FileDescriptor childOut(out[1]);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, readEnd.get(), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, childIn.get(), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, childOut.get(), STDOUT_FILENO);
   const char* arguments[] = {"cat", nullptr};
   pid_t child = 0;
   ASSERT_EQ(posix_spawnp(&child, "cat", &actions, nullptr, const_cast<char**>(arguments), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
+  // When it answers it is the other program, without what is not inherited.
+  char byte = 0;
+  ASSERT_EQ(write(toChild.get(), "x", 1), 1);
+  ASSERT_EQ(read(fromChild.get(), &byte, 1), 1);
   first.reset();
   EXPECT_EQ(instance_.claim(folder_), Copies{self_});
-  writeEnd.reset();
+  toChild.reset();
   waitpid(child, nullptr, 0);
 }
 

@@ -99,12 +99,16 @@ std::vector<GtkWindow*> visibleWindows() {
 }
 
 void bringToFront(GtkWindow* window) {
-  gtk_window_present(window);
   GdkSurface* surface = x11Surface(window);
   if (surface != nullptr && gtk_widget_get_mapped(GTK_WIDGET(window))) {
-    askForFront(gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface)),
-                gdk_x11_surface_get_xid(surface), gdk_x11_get_server_time(surface));
+    GdkX11Screen* screen = gdk_x11_display_get_screen(gdk_surface_get_display(surface));
+    if (gdk_x11_screen_supports_net_wm_hint(screen, g_intern_static_string("_NET_ACTIVE_WINDOW"))) {
+      askForFront(gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface)),
+                  gdk_x11_surface_get_xid(surface), gdk_x11_get_server_time(surface));
+      return;
+    }
   }
+  gtk_window_present(window);
 }
 
 }  // namespace

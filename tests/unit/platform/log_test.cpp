@@ -215,6 +215,7 @@ std::atomic<int> signalsTaken = 0;
 
 // A signal handler may interrupt a write that waits for the reader.
 TEST(Log, GoesOnAfterASignal) {
+  signalsTaken = 0;
   struct sigaction action {};
   struct sigaction before {};
   action.sa_handler = [](int) { ++signalsTaken; };

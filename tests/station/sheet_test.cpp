@@ -1,0 +1,122 @@
+#include <gmock/gmock.h>
+
+#include "station/station.h"
+
+// Sheets and what is behind them.
+
+namespace station {
+
+namespace {
+
+// The control with the keyboard, if it is below this one.
+bool hasFocusIn(const Accessible& top) {
+  bool found = false;
+  top.walk([&found](const Accessible& item, int) { found = found || item.isFocused(); });
+  return found;
+}
+
+}  // namespace
+
+class SheetTest : public StationTest {
+ protected:
+  void SetUp() override {
+    StationTest::SetUp();
+    server.set("/home", HttpAnswer{page(kRed,
+                                        "<input autofocus><script>addEventListener('keydown', event => "
+                                        "fetch('/key?' + event.key))</script>")});
+    server.set("/key", HttpAnswer{"ok"});
+  }
+  bool heardKey(const std::string& name) {
+    for (const HttpRequest& request : server.requests("/key")) {
+      if (request.target == "/key?" + name) {
+        return true;
+      }
+    }
+    return false;
+  }
+  bool openSettings() {
+    return station.press("Settings") &&
+           waitUntil([this] { return station.control("dialog", "Settings").has_value(); });
+  }
+};
+
+TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
+  startAtHome();
+  station.key("F7");
+  ASSERT_TRUE(waitUntil([this] { return heardKey("F7"); })) << "the page has no keyboard to lose";
+  ASSERT_TRUE(openSettings());
+  const auto settings = station.control("dialog", "Settings");
+  ASSERT_TRUE(waitUntil([&] { return hasFocusIn(*settings); }));
+  for (int press = 0; press < 12; ++press) {
+    station.key("Tab");
+    EXPECT_TRUE(hasFocusIn(*settings)) << "the keyboard left the sheet with Tab number " << press + 1;
+  }
+  station.key("F8");
+  const auto pageView = station.control("widget", "WebKitWebView");
+  ASSERT_TRUE(pageView);
+  EXPECT_FALSE(pageView->isSensitive());
+  const auto home = station.control("button", "Home");
+  ASSERT_TRUE(home);
+  EXPECT_FALSE(home->isSensitive());
+
+  // Its own button, not the title bar's.
+  const auto close = settings->find("button", "Close");
+  ASSERT_TRUE(close);
+  ASSERT_TRUE(close->press());
+  ASSERT_TRUE(station.logs("User Entered: 1"));
+  EXPECT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
+  EXPECT_TRUE(station.control("widget", "WebKitWebView")->isSensitive());
+  // The page has the keyboard again, and has heard nothing meanwhile.
+  station.key("F9");
+  EXPECT_TRUE(waitUntil([this] { return heardKey("F9"); }));
+  EXPECT_FALSE(heardKey("F8"));
+  EXPECT_FALSE(heardKey("Tab"));
+}
+
+TEST_F(SheetTest, SettingsOpenOnceAndAgain) {
+  startAtHome();
+  for (int time = 0; time < 2; ++time) {
+    ASSERT_TRUE(openSettings());
+    ASSERT_TRUE(station.control("dialog", "Settings")->find("button", "Close")->press());
+    ASSERT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
+  }
+}
+
+TEST_F(SheetTest, TheKeysOfTheMenuAreOffMeanwhile) {
+  startAtHome();
+  ASSERT_TRUE(openSettings());
+  station.key("ctrl+r");
+  ASSERT_TRUE(station.control("dialog", "Settings")->find("button", "Close")->press());
+  ASSERT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
+  station.key("ctrl+r");
+  ASSERT_TRUE(waitUntil([this] { return server.count("/home") == 2; }));
+  EXPECT_EQ(station.stop(), "exit status 0");
+  EXPECT_EQ(server.count("/home"), 2);
+}
+
+TEST_F(SheetTest, APagesAlertWaitsForItsButton) {
+  server.set("/home", HttpAnswer{page(kRed,
+                                      "<script>addEventListener('keydown', () => {"
+                                      "alert('Take your card'); fetch('/taken')})</script>")});
+  startAtHome();
+  station.key("F7");
+  ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Take your card").has_value(); }));
+  EXPECT_EQ(server.count("/taken"), 0);
+  ASSERT_TRUE(station.press("OK"));
+  EXPECT_TRUE(waitUntil([this] { return server.count("/taken") == 1; }));
+  EXPECT_FALSE(station.control("alert dialog", "Take your card"));
+}
+
+TEST_F(SheetTest, EscapeAnswersAPagesQuestionWithNo) {
+  server.set("/home", HttpAnswer{page(kRed,
+                                      "<script>addEventListener('keydown', () => "
+                                      "fetch('/answer?' + confirm('Leave?')))</script>")});
+  startAtHome();
+  station.key("F7");
+  ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Leave?").has_value(); }));
+  station.key("Escape");
+  ASSERT_TRUE(waitUntil([this] { return server.count("/answer") == 1; }));
+  EXPECT_EQ(server.requests("/answer")[0].target, "/answer?false");
+}
+
+}  // namespace station

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/file_descriptor.h"
+
+namespace station {
+
+struct HttpRequest {
+  std::string method;
+  std::string target;  // With the query, as it came.
+  std::string path;    // Without it.
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;
+
+  // The first value, whatever the case of the name; absent when there is none.
+  std::optional<std::string> header(const std::string& name) const;
+};
+
+struct HttpAnswer {
+  std::string body;
+  std::vector<std::pair<std::string, std::string>> headers;
+  int status = 200;
+  std::string type = "text/html; charset=utf-8";
+};
+
+// A photo server of the test's own, on a free port of the loopback interface. Each connection carries one
+// request. What is not set is answered with 404. All of it may be called from any thread.
+class TestServer {
+ public:
+  using Answer = std::function<HttpAnswer(const HttpRequest&)>;
+
+  TestServer();
+  // Ends all connections.
+  ~TestServer();
+  TestServer(const TestServer&) = delete;
+  TestServer& operator=(const TestServer&) = delete;
+
+  // `answer` runs on the connection's thread.
+  void set(const std::string& path, Answer answer);
+  void set(const std::string& path, HttpAnswer answer);
+  // Requests of this path are read and never answered.
+  void setSilent(const std::string& path);
+
+  std::string url(const std::string& path) const;
+  std::uint16_t port() const { return port_; }
+  // Those that have come in, in their order; of one path, or of all when it is empty.
+  std::vector<HttpRequest> requests(const std::string& path = "") const;
+  int count(const std::string& path) const { return static_cast<int>(requests(path).size()); }
+
+ private:
+  void acceptAll();
+  void serve(int socket);
+  std::optional<HttpRequest> read(int socket) const;
+
+  platform::FileDescriptor listener_;
+  std::uint16_t port_ = 0;
+  std::atomic<bool> ended_{false};
+  mutable std::mutex mutex_;
+  std::map<std::string, Answer> answers_;
+  std::vector<HttpRequest> requests_;
+  std::thread accepter_;
+  // Of the accepting thread until it has ended.
+  std::list<std::pair<platform::FileDescriptor, std::thread>> connections_;
+};
+
+// A port of the loopback interface that nobody listens on and nobody else gets meanwhile.
+class RefusingPort {
+ public:
+  RefusingPort();
+  std::string url(const std::string& path) const;
+
+ private:
+  platform::FileDescriptor socket_;
+  std::uint16_t port_ = 0;
+};
+
+}  // namespace station
