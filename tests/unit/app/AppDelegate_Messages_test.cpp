@@ -1,71 +1,135 @@
+#include "platform/pasteboard.h"
 #include "tests/unit/app/app_delegate_fixture.h"
 
-// What arrives from other programs and from the other parts of this one.
-
+namespace lumo {
 namespace {
 
-using browsertest::hasInOrder;
-using testing::Contains;
+using platform::Millis;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
-using AppDelegateMessages = apptest::AppDelegateTest;
+class MessagesTest : public apptest::AppDelegateTest {
+ protected:
+  void SetUp() override { launch(); }
+  // What is loaded in the end.
+  std::vector<std::string> loadedAddresses() {
+    std::vector<std::string> addresses;
+    for (const platform::UrlRequest& request : page().requests()) {
+      addresses.push_back(request.url.absoluteString());
+    }
+    return addresses;
+  }
+};
 
-TEST_F(AppDelegateMessages, OpeningNoFileIsLoggedAndOpensNothing) {
-  launch();
-
-  EXPECT_TRUE(machine.application.openUntitledFile());
-  EXPECT_THAT(log.lines(), ElementsAre("AppDelegate->applicationOpenUntitledFile:...."));
-  EXPECT_THAT(machine.journal.entries(), IsEmpty());
+TEST_F(MessagesTest, AnAddressIsStoredAtOnceAndLoaded100MillisecondsLater) {
+  EXPECT_TRUE(delegate().validateUrlString("lumobrowser://http://h/x"));
+  machine.dispatch.advance(Millis{99});
+  EXPECT_EQ(runningAddress(), "http://h/x");
+  EXPECT_TRUE(loadedAddresses().empty());
+  machine.dispatch.advance(Millis{1});
+  EXPECT_THAT(loadedAddresses(), ElementsAre("http://h/x"));
+  EXPECT_TRUE(
+      log.contains("AppDelegate->validateUrlString:....222222222222222222222222222222222222.........."));
+  EXPECT_TRUE(log.contains(
+      "AppDelegate->validateUrlString:....prefRunningUrlString will be set with: [http://h/x].........."));
 }
 
-TEST_F(AppDelegateMessages, AServicesRequestArrives) {
-  platform::Pasteboard pasteboard;
-  pasteboard.types = {platform::kStringPboardType};
-  EXPECT_FALSE(machine.application.requestService(pasteboard));
-  launch();
-
-  EXPECT_TRUE(machine.application.requestService(pasteboard));
-  EXPECT_THAT(log.lines(),
-              hasInOrder({"AppDelegate->SearchFromPasteboard:userData:error:....",
-                          "AppDelegate->SearchFromPasteboard:userData:error:....pboardtypes = ("}));
+TEST_F(MessagesTest, ARefusedTextStoresAndLoadsNothing) {
+  EXPECT_FALSE(delegate().validateUrlString(std::nullopt));
+  EXPECT_FALSE(delegate().validateUrlString("[junivaserver]/x"));
+  machine.dispatch.advance(Millis{200});
+  EXPECT_FALSE(runningAddress());
+  EXPECT_TRUE(loadedAddresses().empty());
 }
 
-TEST_F(AppDelegateMessages, RequestsToOpenAreLogged) {
-  launch();
-  machine.application.openURLs({"http://h/a"});
-  machine.application.openFiles({"/home/k/b.html"});
-
-  EXPECT_THAT(log.lines(), hasInOrder({"-[AppDelegate application:openURLs:] (",
-                                       "AppDelegate->application:openFiles:....filenames = ("}));
+TEST_F(MessagesTest, OfSeveralAddressesTheLastEndsUpLoaded) {
+  machine.application.openURLs({"http://h/1", "lumobrowser:http://h/2", "no address at all"});
+  machine.dispatch.advance(Millis{100});
+  EXPECT_EQ(runningAddress(), "http://h/2");
+  EXPECT_EQ(loadedAddresses().back(), "http://h/2");
+  EXPECT_NE(log.text().find("-[AppDelegate application:openURLs:] ("), std::string::npos);
 }
 
-TEST_F(AppDelegateMessages, BothNotificationsAreHeardFromDidFinishLaunchingToTheEnd) {
-  const auto post = [&] {
-    machine.notifications.postNotification(
-        {"LumoNotificationAddFromString", {}, {{"mystrings", ""}}, nullptr});
-    machine.notifications.postNotificationName("LumoNotificationTerminateNow");
-  };
-  delegate().applicationWillFinishLaunching();
-  machine.application.setDelegate(&delegate());
-  log.clear();
-  post();
-  EXPECT_THAT(log.lines(), Not(Contains(StartsWith("AppDelegate->handle"))));
-
-  delegate().applicationDidFinishLaunching();
-  log.clear();
-  post();
-  EXPECT_THAT(log.lines(), Contains(StartsWith("AppDelegate->handleDragDropNotification:....userInfo = {")));
-  EXPECT_THAT(log.lines(), Contains("AppDelegate->handleTerminateNowNotifcation:...."));
-  EXPECT_TRUE(delegate().fDoTerminateNow);
-
+TEST_F(MessagesTest, AnOpenFileRequestForSeveralFilesOpensOnlyTheFirstAndAnEmptyOneNothing) {
+  machine.application.openFiles({});
+  EXPECT_TRUE(loadedAddresses().empty());
+  machine.application.openFiles({"/home/k/a.html", "/home/k/b.html"});
   machine.dispatch.runUntilIdle();
-  shell.reset();
-  log.clear();
-  post();
-  EXPECT_THAT(log.lines(), IsEmpty());
+  EXPECT_THAT(loadedAddresses(), ElementsAre("file:///home/k/a.html"));
+}
+
+TEST_F(MessagesTest, BlanksInAFilesPathAreEscaped) {
+  machine.application.openFiles({"/home/k/My Photos #1?.html"});
+  EXPECT_EQ(runningAddress(), "file:///home/k/My%20Photos%20%231%3F.html");
+  EXPECT_THAT(loadedAddresses(), ElementsAre("file:///home/k/My%20Photos%20%231%3F.html"));
+}
+
+TEST_F(MessagesTest, AServicesRequestWithTheOwnSchemeLoadsTheAddressWithoutIt) {
+  machine.application.requestService(
+      {{platform::kStringPboardType}, std::nullopt, "lumobrowser://http://h/x"}, "data");
+  machine.dispatch.advance(Millis{100});
+  EXPECT_THAT(loadedAddresses(), ElementsAre("http://h/x"));
+  EXPECT_TRUE(log.contains("Found pasteboard string data = lumobrowser://http://h/x"));
+  EXPECT_TRUE(log.contains("Found data = data"));
+  EXPECT_TRUE(log.contains("Found error = (null)"));
+}
+
+TEST_F(MessagesTest, AServicesRequestWithNeitherKindOnlyLogs) {
+  machine.application.requestService({{"public.html"}, std::nullopt, std::nullopt});
+  machine.dispatch.advance(Millis{100});
+  EXPECT_TRUE(loadedAddresses().empty());
+  EXPECT_FALSE(runningAddress());
+}
+
+TEST_F(MessagesTest, AServicesRequestWithBothLoadsTheStringLast) {
+  machine.application.requestService({{platform::kFilenamesPboardType, platform::kStringPboardType},
+                                      std::vector<std::string>{"/a.html"},
+                                      "http://h/x"});
+  machine.dispatch.advance(Millis{100});
+  EXPECT_THAT(loadedAddresses(), ElementsAre("file:///a.html", "http://h/x"));
+  EXPECT_TRUE(log.contains("filearray class type = NSArray"));
+}
+
+TEST_F(MessagesTest, ADroppedStringWithAPlaceholderIsResolvedLikeAnyAddress) {
+  set(prefServerAddress, "http://10.1.2.3:8080/ignored");
+  machine.notifications.postNotification({"LumoNotificationAddFromString",
+                                          std::nullopt,
+                                          {{"mystrings", "[junivaserver]/registrationorders"}},
+                                          nullptr});
+  machine.dispatch.advance(Millis{100});
+  EXPECT_THAT(loadedAddresses(), ElementsAre("http://10.1.2.3:8080/registrationorders"));
+}
+
+TEST_F(MessagesTest, ADropWithoutAStringIsRefused) {
+  machine.notifications.postNotificationName("LumoNotificationAddFromString");
+  machine.dispatch.advance(Millis{100});
+  EXPECT_TRUE(loadedAddresses().empty());
+}
+
+TEST_F(MessagesTest, TheGetUrlHandlerWaits100MillisecondsBeforeItResolves) {
+  delegate().handleGetURLEvent_withReplyEvent("lumobrowser://http://h/a%2Fb");
+  machine.dispatch.advance(Millis{99});
+  EXPECT_FALSE(runningAddress());
+  machine.dispatch.advance(Millis{1});
+  EXPECT_EQ(runningAddress(), "http://h/a/b");
+  machine.dispatch.advance(Millis{100});
+  EXPECT_THAT(loadedAddresses(), ElementsAre("http://h/a/b"));
+  EXPECT_TRUE(log.contains(
+      "AppDelegate->handleGetURLEvent:withReplyEvent:....urlstring = lumobrowser://http://h/a%2Fb"));
+}
+
+TEST_F(MessagesTest, TheOpenContentsHandlerOnlyLogs) {
+  delegate().handleOpenContentsEvent_withReplyEvent("contents");
+  machine.dispatch.advance(Millis{500});
+  EXPECT_TRUE(log.contains("AppDelegate->handleOpenContentsEvent:withReplyEvent:...."));
+  EXPECT_TRUE(log.contains("contents"));
+  EXPECT_TRUE(loadedAddresses().empty());
+}
+
+TEST_F(MessagesTest, AnUntitledFileIsAnsweredYesAndNotOpened) {
+  EXPECT_TRUE(machine.application.openUntitledFile());
+  EXPECT_TRUE(log.contains("AppDelegate->applicationOpenUntitledFile:...."));
+  EXPECT_TRUE(loadedAddresses().empty());
 }
 
 }  // namespace
+}  // namespace lumo

@@ -1,0 +1,121 @@
+#include "browser/ReleaseMessage.h"
+#include "tests/unit/app/app_delegate_fixture.h"
+
+namespace lumo {
+namespace {
+
+using platform::Millis;
+using platform::TerminateReply;
+
+class TerminationTest : public apptest::AppDelegateTest {
+ protected:
+  void SetUp() override { launch(); }
+  std::optional<std::string> sent(std::size_t index, const char* key) const {
+    return messageValue(machine.bus.posted().at(index), key);
+  }
+  bool isAsked() { return window().currentAlert() != nullptr; }
+};
+
+TEST_F(TerminationTest, WithoutConfirmationTheMessageIsSentAndTheApplicationQuits) {
+  set(prefDoNotConfirmOnExit, true);
+  machine.application.quit();
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(machine.application.isTerminated());
+  ASSERT_EQ(machine.bus.posted().size(), 1U);
+  EXPECT_EQ(sent(0, "status"), "closedwindow");
+  EXPECT_EQ(machine.application.replies(), (std::vector{TerminateReply::Cancel, TerminateReply::Now}));
+}
+
+TEST_F(TerminationTest, OnAnOrderPageInCapitalsThereAreTwoButtons) {
+  set(prefRunningUrlString, "http://h/REGISTRATIONORDERS");
+  machine.application.quit();
+  ASSERT_TRUE(isAsked());
+  EXPECT_EQ(window().currentAlert()->buttons.size(), 2U);
+}
+
+TEST_F(TerminationTest, CancelLeavesTheFlagFalseAndTheWindowOpen) {
+  machine.application.quit();
+  window().pressAlertButton("Cancel");
+  machine.dispatch.advance(Millis{5000});
+  EXPECT_FALSE(delegate().fDoTerminateNow);
+  EXPECT_FALSE(machine.application.isTerminated());
+  EXPECT_TRUE(window().isVisible());
+  EXPECT_TRUE(machine.bus.posted().empty());
+  EXPECT_TRUE(log.contains("AppDelegate->alertDidEnd:returnCode:contextInfo:....returnCode = 1000"));
+  EXPECT_TRUE(log.contains("1000"));
+}
+
+TEST_F(TerminationTest, CloseWindowOnlySendsTheMessageWithoutAnAddressWhereNoneIsStored) {
+  machine.application.quit();
+  window().pressAlertButton("Close Window Only");
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(machine.application.isTerminated());
+  ASSERT_EQ(machine.bus.posted().size(), 1U);
+  EXPECT_EQ(sent(0, "status"), "closedwindow");
+  EXPECT_EQ(sent(0, "urlstring"), std::nullopt);
+  EXPECT_TRUE(log.contains("1001"));
+}
+
+TEST_F(TerminationTest, CloseWindowAndReleaseOrderSendsTheCancelledReleaseAndThenQuits) {
+  set(prefRunningUrlString, "http://h/other");
+  machine.application.quit();
+  window().pressAlertButton("Close Window and Release Order");
+  EXPECT_TRUE(delegate().fDoTerminateNow);
+  machine.dispatch.advance(Millis{999});
+  EXPECT_FALSE(machine.application.isTerminated());
+  machine.dispatch.advance(Millis{1});
+  EXPECT_TRUE(machine.application.isTerminated());
+  ASSERT_EQ(machine.bus.posted().size(), 1U);
+  EXPECT_EQ(sent(0, "status"), "cancelled_registered");
+  EXPECT_TRUE(machine.journal.isBefore("bus post lumoXNotification", "application willTerminate"))
+      << testing::PrintToString(machine.journal.entries());
+  EXPECT_TRUE(log.contains("1002"));
+}
+
+TEST_F(TerminationTest, TheNotificationQuitsWithoutAMessageOfTheShellsOwn) {
+  machine.notifications.postNotificationName("LumoNotificationTerminateNow");
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(machine.application.isTerminated());
+  EXPECT_TRUE(machine.bus.posted().empty());
+}
+
+TEST_F(TerminationTest, ASecondRequestWhileTheQuestionStandsAddsNone) {
+  machine.application.quit();
+  machine.application.quit();
+  ASSERT_TRUE(isAsked());
+  window().pressAlertButton("Cancel");
+  EXPECT_FALSE(isAsked());
+  machine.application.quit();
+  EXPECT_TRUE(isAsked());
+}
+
+TEST_F(TerminationTest, AnotherAnswerIsOnlyLogged) {
+  delegate().alertDidEnd_returnCode_contextInfo(7);
+  machine.dispatch.advance(Millis{5000});
+  EXPECT_TRUE(log.contains("huh??"));
+  EXPECT_FALSE(machine.application.isTerminated());
+}
+
+TEST_F(TerminationTest, WhenTheReleaseNeverComesTheNextRequestIsGrantedWithoutAQuestion) {
+  delegate().fDoTerminateNow = true;
+  machine.application.quit();
+  EXPECT_TRUE(machine.application.isTerminated());
+  EXPECT_FALSE(isAsked());
+}
+
+TEST_F(TerminationTest, TheSystemsEndIsNotAskedAboutAndTheMessageIsSent) {
+  machine.application.mustTerminate();
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(machine.application.isTerminated());
+  ASSERT_EQ(machine.bus.posted().size(), 1U);
+  EXPECT_EQ(sent(0, "status"), "closedwindow");
+}
+
+TEST_F(TerminationTest, TheWindowsCloseButtonAsksToo) {
+  EXPECT_FALSE(delegate().myWebViewWindowController->windowShouldClose(window()));
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(isAsked());
+}
+
+}  // namespace
+}  // namespace lumo
