@@ -87,7 +87,11 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"blanks and line breaks at both ends go", " \n\thttp://h/x\r\n ", {}, {}, "http://h/x"},
         Row{"also behind the scheme", "lumobrowser://  http://h/x ", {}, {}, "http://h/x"},
         Row{"a blank inside is refused", "http://h/a b", {}, {}, {}},
-        Row{"another scheme is no way out", "mailto:a@b", {}, {}, {}},
+        Row{"another scheme is no way out: it is taken for a user of a host",
+            "mailto:a@b",
+            {},
+            {},
+            "http://mailto:a@b"},
         Row{"nothing is refused", {}, "http://a", {}, {}},
         Row{"the empty text is refused", "", "http://a", {}, {}},
         Row{"the scheme alone is refused", "lumobrowser://", "http://a", {}, {}}));

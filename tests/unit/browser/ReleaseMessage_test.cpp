@@ -48,9 +48,11 @@ TEST(ReleaseMessage, TheOrderListIsAppendedTwice) {
                            "registrationorders/photostationlist"));
 }
 
-TEST(ReleaseMessage, AServerWithoutAPortOrAHostGivesNoOrderList) {
+TEST(ReleaseMessage, AServerWithoutAPortGivesNoOrderListAndAnAddressWithoutAHostTheTextForNone) {
   EXPECT_FALSE(photoStationListUrl(*platform::Url::parse("http://10.0.0.5/x")));
-  EXPECT_FALSE(photoStationListUrl(*platform::Url::parse("file:///x")));
+  EXPECT_EQ(photoStationListUrl(*platform::Url::parse("file:///x")),
+            platform::Url::parse("file://(null)/registrationorders/photostationlist/"
+                                 "registrationorders/photostationlist"));
 }
 
 }  // namespace
