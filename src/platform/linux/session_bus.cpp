@@ -1,12 +1,9 @@
 #include "platform/linux/session_bus.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <string_view>
 #include <utility>
 
 #include <gio/gio.h>
-#include <sys/stat.h>
 
 #include "platform/linux/bus_attempt.h"
 #include "platform/log.h"
@@ -19,11 +16,6 @@ constexpr Millis kFirstRetry{250};
 constexpr Millis kLongestRetry{30'000};
 // How long the end of a connection that was shut down may take to be noticed.
 constexpr Millis kShutdownPatience{200};
-
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 // Makes every read and write that is under way on the connection fail, so that no thread stays in one.
 void shutDown(GDBusConnection* connection) {
@@ -74,23 +66,6 @@ struct Flushing {
 };
 
 }  // namespace
-
-std::string sessionBusAddress() {
-  const std::string given = environment("DBUS_SESSION_BUS_ADDRESS");
-  if (!given.empty()) {
-    return std::string_view(given).starts_with("autolaunch:") ? "" : given;
-  }
-  const std::string folder = environment("XDG_RUNTIME_DIR");
-  const std::string socket = folder + "/bus";
-  struct stat status = {};
-  if (!folder.starts_with('/') || stat(socket.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
-    return "";
-  }
-  char* escaped = g_dbus_address_escape_value(socket.c_str());
-  std::string address = std::string("unix:path=") + escaped;
-  g_free(escaped);
-  return address;
-}
 
 struct SessionBus::State : std::enable_shared_from_this<State> {
   explicit State(Dispatch& dispatch) : dispatch(dispatch) {}

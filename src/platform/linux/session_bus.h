@@ -4,15 +4,12 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/session_bus_address.h"
 #include "platform/queue.h"
 
 typedef struct _GDBusConnection GDBusConnection;
 
 namespace platform {
-
-// The address of the session bus: DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in XDG_RUNTIME_DIR, else
-// empty. A bus is never started from here.
-std::string sessionBusAddress();
 
 // The one connection to the session bus. It is private to this process, its loss ends nothing, and it comes
 // back by itself once start was called (at growing intervals up to 30 s), else when it is next asked for. A
