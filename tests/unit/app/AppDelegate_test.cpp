@@ -13,7 +13,6 @@ using browsertest::kPreferencesWindow;
 using lumo::AppDelegate;
 using platform::Millis;
 using platform::TerminateReply;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -236,18 +235,20 @@ TEST_F(AppDelegateEnd, ClosingTheLastWindowEndsTheApplication) {
   EXPECT_TRUE(delegate().applicationShouldTerminateAfterLastWindowClosed());
   machine.application.noteLastWindowClosed();
 
-  EXPECT_THAT(machine.application.replies(), ElementsAre(TerminateReply::Now));
+  EXPECT_NE(machine.window()->currentAlert(), nullptr);
   EXPECT_TRUE(log.contains("AppDelegate->applicationShouldTerminate:...."));
 }
 
-TEST_F(AppDelegateEnd, TheBrowserWindowsCloseButtonQuits) {
+TEST_F(AppDelegateEnd, TheBrowserWindowsCloseButtonQuitsWhenThePersonAgrees) {
   launch();
   EXPECT_FALSE(machine.window()->requestClose());
   EXPECT_TRUE(machine.window()->isVisible());
   EXPECT_THAT(machine.application.replies(), IsEmpty());
   machine.dispatch.runUntilIdle();
 
-  EXPECT_THAT(machine.application.replies(), ElementsAre(TerminateReply::Now));
+  ASSERT_NE(machine.window()->currentAlert(), nullptr);
+  machine.window()->pressAlertButton("Close Window Only");
+  machine.dispatch.runUntilIdle();
   EXPECT_TRUE(machine.application.isTerminated());
 }
 
@@ -261,11 +262,12 @@ TEST_F(AppDelegateEnd, ASessionsEndTerminatesWithoutADialogue) {
 }
 
 TEST_F(AppDelegateEnd, RunsFromLaunchToQuit) {
+  set(lumo::prefDoNotConfirmOnExit, true);
   machine.dispatch.global().after(Millis{500}, [&] { machine.application.quit(); });
 
   EXPECT_EQ(machine.application.run(delegate()), 0);
   EXPECT_EQ(machine.dispatch.now(), Millis{500});
-  EXPECT_THAT(machine.application.replies(), Each(TerminateReply::Now));
+  EXPECT_THAT(machine.application.replies(), ElementsAre(TerminateReply::Cancel, TerminateReply::Now));
 }
 
 }  // namespace
