@@ -76,7 +76,8 @@ class AppDelegate final : public platform::ApplicationDelegate, public platform:
 
  private:
   void connectMenu();
-  void onMain(std::weak_ptr<int> alive, platform::Block block);
+  // A block for any queue that has `block` run on the main queue, unless the delegate has gone by then.
+  platform::Block onMain(platform::Block block);
 
   platform::Platform& platform_;
   platform::SerialQueue openQueue_;

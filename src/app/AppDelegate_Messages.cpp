@@ -41,24 +41,24 @@ bool AppDelegate::validateUrlString(const std::optional<std::string>& text) {
   NSLog("%@->%@....prefRunningUrlString will be set with: [%@]..........", kClass, kOperation, start.address);
   // One queue for all addresses keeps several of them in their order, so that the last one ends up stored and
   // loaded.
-  openQueue_.async([this, alive = std::weak_ptr(alive_), address = *start.address] {
-    onMain(alive, [this, address] {
-      platform_.defaults.setObject(address, prefRunningUrlString);
-      platform_.defaults.synchronize();
-    });
-  });
-  openQueue_.after(kBeforeLoad, [this, alive = std::weak_ptr(alive_), address = *start.address] {
-    onMain(alive, [this, address] { myWebViewWindowController->ibGoButton(Sender(address)); });
-  });
+  openQueue_.async(onMain([this, address = *start.address] {
+    platform_.defaults.setObject(address, prefRunningUrlString);
+    platform_.defaults.synchronize();
+  }));
+  openQueue_.after(kBeforeLoad, onMain([this, address = *start.address] {
+                     myWebViewWindowController->ibGoButton(Sender(address));
+                   }));
   return true;
 }
 
-void AppDelegate::onMain(std::weak_ptr<int> alive, platform::Block block) {
-  platform_.dispatch.main().async([alive = std::move(alive), block = std::move(block)] {
-    if (!alive.expired()) {
-      block();
-    }
-  });
+platform::Block AppDelegate::onMain(platform::Block block) {
+  return [&dispatch = platform_.dispatch, alive = std::weak_ptr(alive_), block = std::move(block)] {
+    dispatch.main().async([alive, block] {
+      if (!alive.expired()) {
+        block();
+      }
+    });
+  };
 }
 
 void AppDelegate::application_openURLs(const std::vector<std::string>& urls) {
@@ -119,9 +119,9 @@ void AppDelegate::handleDragDropNotification(const platform::Notification& notif
 void AppDelegate::handleGetURLEvent_withReplyEvent(const std::optional<std::string>& directObject) {
   NSLog("%@->%@....urlstring = %@", kClass, "handleGetURLEvent:withReplyEvent:", directObject);
   const auto plain = directObject ? platform::stringByRemovingPercentEscapes(*directObject) : std::nullopt;
-  platform::SerialQueue(platform_.dispatch).after(kBeforeLoad, [this, alive = std::weak_ptr(alive_), plain] {
-    onMain(alive, [this, plain] { validateUrlString(plain); });
-  });
+  platform::SerialQueue(platform_.dispatch).after(kBeforeLoad, onMain([this, plain] {
+                                                    validateUrlString(plain);
+                                                  }));
 }
 
 void AppDelegate::handleOpenContentsEvent_withReplyEvent(const std::optional<std::string>& directObject) {

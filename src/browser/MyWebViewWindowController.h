@@ -6,9 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "browser/ReleaseMessage.h"
 #include "browser/Sender.h"
-#include "platform/message_bus.h"
 #include "platform/notification_center.h"
 #include "platform/platform.h"
 #include "platform/queue.h"
@@ -144,9 +142,6 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void windowDidLoad();
   void setUpUserAgents();
   void setUpOverlay();
-  // Sends `message`, logs for `operation`, runs `posted` (may be empty) and asks the application to end.
-  void postRelease(const char* operation, platform::DistributedNotification message, platform::Block posted);
-  void releaseAfterSave(const char* operation, ReleaseStatus status);
   // The web views that commands act on: those that exist and are not hidden, the legacy one first.
   std::vector<platform::WebView*> visibleWebViews() const;
 

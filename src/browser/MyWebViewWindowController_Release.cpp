@@ -21,14 +21,13 @@ constexpr platform::Millis kBeforeOrderList{500};
 // Under this key errors keep the address that failed.
 constexpr const char* kFailingUrlKey = "NSErrorFailingURLKey";
 
-}  // namespace
-
-void MyWebViewWindowController::postRelease(const char* operation, platform::DistributedNotification message,
-                                            platform::Block posted) {
-  // The post is made on the main queue and waited for by going on only after it: the message has left before
-  // the application is asked to end. Nothing here needs the window, which may be gone by then.
-  platform_.dispatch.main().async(
-      [&platform = platform_, operation, message = std::move(message), posted = std::move(posted)] {
+// Posts `message` on the main queue, and only after that logs for `operation`, runs `posted` (may be empty)
+// and asks the application to end: the message has left by then. The platform outlives the window, which
+// nothing here needs.
+void postRelease(platform::Platform& platform, const char* operation,
+                 platform::DistributedNotification message, platform::Block posted) {
+  platform.dispatch.main().async(
+      [&platform, operation, message = std::move(message), posted = std::move(posted)] {
         platform.bus.postNotification(message);
         platform.dispatch.global().async([&platform, operation, message, posted] {
           NSLog("Inside %@ => %@...NSDistributedNotificationCenter postNotifiction: %@ ", kClass, operation,
@@ -41,21 +40,28 @@ void MyWebViewWindowController::postRelease(const char* operation, platform::Dis
       });
 }
 
+void releaseAfterSave(platform::Platform& platform, const char* operation, ReleaseStatus status) {
+  NSLog("%@->%@....", kClass, operation);
+  platform::SerialQueue(platform.dispatch).after(kBeforeSaveRelease, [&platform, operation, status] {
+    postRelease(platform, operation,
+                releaseMessage(status, platform.defaults.stringForKey(prefRunningUrlString)), {});
+  });
+}
+
+}  // namespace
+
 void MyWebViewWindowController::handleTerminateWithRegistrationOrdersPhotoStationData(
     const platform::HeaderFields& fields) {
   static constexpr const char* kOperation = "handleTerminateWithRegistrationOrdersPhotoStationData:";
-  platform_.dispatch.global().after(kBeforeOrderRelease, [this, alive = std::weak_ptr(alive_), fields] {
-    if (alive.expired()) {
-      return;
-    }
+  platform_.dispatch.global().after(kBeforeOrderRelease, [&platform = platform_, fields] {
     std::vector<std::string> names;
     for (const auto& [name, value] : fields) {
       names.push_back(name);
     }
     NSLog("%@->%@.... param.allkeys = %@", kClass, kOperation, names);
     const auto message = releaseMessage(ReleaseStatus::Registered,
-                                        platform_.defaults.stringForKey(prefRunningUrlString), &fields);
-    postRelease(kOperation, message, [message] {
+                                        platform.defaults.stringForKey(prefRunningUrlString), &fields);
+    postRelease(platform, kOperation, message, [message] {
       NSLog("code = %@", messageValue(message, "LUMO-REG-CODE"));
       NSLog("name = %@", messageValue(message, "LUMO-REG-NAME"));
     });
@@ -67,44 +73,33 @@ bool MyWebViewWindowController::handleTerminateWithRegistrationOrdersPhotoStatio
   return true;
 }
 
-void MyWebViewWindowController::releaseAfterSave(const char* operation, ReleaseStatus status) {
-  platform::SerialQueue(platform_.dispatch)
-      .after(kBeforeSaveRelease, [this, alive = std::weak_ptr(alive_), operation, status] {
-        if (!alive.expired()) {
-          postRelease(operation,
-                      releaseMessage(status, platform_.defaults.stringForKey(prefRunningUrlString)), {});
-        }
-      });
-}
-
 void MyWebViewWindowController::handleTerminateWithRegistrationSave() {
-  NSLog("%@->%@....", kClass, "handleTerminateWithRegistrationSave:");
-  releaseAfterSave("handleTerminateWithRegistrationSave:", ReleaseStatus::Registered);
+  releaseAfterSave(platform_, "handleTerminateWithRegistrationSave:", ReleaseStatus::Registered);
 }
 
 void MyWebViewWindowController::handleTerminateWithOutRegistrationSave(
     const platform::Notification& /*note*/) {
-  NSLog("%@->%@....", kClass, "handleTerminateWithOutRegistrationSave:");
-  releaseAfterSave("handleTerminateWithOutRegistrationSave:", ReleaseStatus::CancelledRegistered);
+  releaseAfterSave(platform_, "handleTerminateWithOutRegistrationSave:", ReleaseStatus::CancelledRegistered);
 }
 
 void MyWebViewWindowController::handleTerminateWithRegistrationOrdersConfirmSaveData(
     const platform::Dictionary& data) {
-  platform_.dispatch.global().after(kBeforeOrderList, [this, alive = std::weak_ptr(alive_), data] {
-    const platform::PropertyList* failing = data.find(kFailingUrlKey);
-    const auto text = failing == nullptr ? std::nullopt : platform::stringValue(*failing);
-    const auto url = platform::Url::parse(text);
-    const auto list = url ? photoStationListUrl(*url) : std::nullopt;
-    if (alive.expired() || !list) {
-      return;
-    }
-    platform_.defaults.setObject(list->absoluteString(), prefRunningUrlString);
-    platform_.dispatch.main().async([this, alive] {
-      if (!alive.expired()) {
-        ibGoButton({});
-      }
-    });
-  });
+  platform_.dispatch.global().after(
+      kBeforeOrderList, [this, &platform = platform_, alive = std::weak_ptr(alive_), data] {
+        const platform::PropertyList* failing = data.find(kFailingUrlKey);
+        const auto text = failing == nullptr ? std::nullopt : platform::stringValue(*failing);
+        const auto url = platform::Url::parse(text);
+        const auto list = url ? photoStationListUrl(*url) : std::nullopt;
+        if (!list) {
+          return;
+        }
+        platform.defaults.setObject(list->absoluteString(), prefRunningUrlString);
+        platform.dispatch.main().async([this, alive] {
+          if (!alive.expired()) {
+            ibGoButton({});
+          }
+        });
+      });
 }
 
 }  // namespace lumo
