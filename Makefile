@@ -1,11 +1,11 @@
 # The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
 .DEFAULT_GOAL := build
-.PHONY: build run test bench check format tidy asan tsan coverage docs clean help
+.PHONY: build run test bench check format tidy asan tsan coverage docs install uninstall clean help
 
 # CMake's reports of what it found are of no interest, its warnings are.
 CONFIGURE := cmake --log-level=NOTICE --preset
 
-build: ## Build for use: build/LumoBrowser.app/lumobrowser, build/juniva-demo
+build: ## Build for use: build/LumoBrowser.app/lumobrowser, build/lumoctl, build/juniva-demo
 	@scripts/setup build
 	@$(CONFIGURE) release
 	cmake --build --preset release
@@ -67,6 +67,17 @@ docs: ## Make the reference of the interfaces: build/docs/html/index.html
 	@scripts/setup docs
 	@mkdir -p build/docs
 	doxygen docs/Doxyfile
+
+# A package's build sets DESTDIR, the folder that stands for / meanwhile.
+PREFIX ?= /usr/local
+DESTDIR ?=
+
+install: build ## Install below PREFIX (/usr/local), for a package below DESTDIR
+	DESTDIR='$(DESTDIR)' cmake --install build --prefix '$(PREFIX)'
+	@packaging/refresh-caches '$(PREFIX)' '$(DESTDIR)'
+
+uninstall: ## Remove what was installed below PREFIX
+	@packaging/uninstall '$(PREFIX)' '$(DESTDIR)'
 
 clean: ## Remove all that was built
 	rm -rf build
