@@ -71,13 +71,14 @@ docs: ## Make the reference of the interfaces: build/docs/html/index.html
 # A package's build sets DESTDIR, the folder that stands for / meanwhile.
 PREFIX ?= /usr/local
 DESTDIR ?=
+STAGE = $(abspath $(DESTDIR))
 
 install: build ## Install below PREFIX (/usr/local), for a package below DESTDIR
-	DESTDIR='$(DESTDIR)' cmake --install build --prefix '$(PREFIX)'
-	@packaging/refresh-caches '$(PREFIX)' '$(DESTDIR)'
+	DESTDIR='$(STAGE)' cmake --install build --prefix '$(abspath $(PREFIX))'
+	@packaging/refresh-caches '$(abspath $(PREFIX))' '$(STAGE)'
 
 uninstall: ## Remove what was installed below PREFIX
-	@packaging/uninstall '$(PREFIX)' '$(DESTDIR)'
+	@packaging/uninstall '$(abspath $(PREFIX))' '$(STAGE)'
 
 clean: ## Remove all that was built
 	rm -rf build

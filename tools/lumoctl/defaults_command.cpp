@@ -103,17 +103,20 @@ std::size_t width(const std::string& text) {
 }
 
 using Row = std::array<std::string, 4>;
+// One long list must not push the values of all other rows out of sight.
+constexpr std::size_t kWidestColumn = 46;
 
 void print(const std::vector<Row>& rows, std::ostream& out) {
   std::array<std::size_t, 4> widths{};
   for (const Row& row : rows) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      widths[column] = std::max(widths[column], width(row[column]));
+      widths[column] = std::max(widths[column], std::min(width(row[column]), kWidestColumn));
     }
   }
   for (const Row& row : rows) {
     for (std::size_t column = 0; column + 1 < row.size(); ++column) {
-      out << row[column] << std::string(widths[column] - width(row[column]) + 2, ' ');
+      const std::size_t taken = width(row[column]);
+      out << row[column] << std::string(std::max(widths[column], taken) - taken + 2, ' ');
     }
     out << row.back() << '\n';
   }

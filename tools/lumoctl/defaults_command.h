@@ -29,7 +29,7 @@ int readDefaults(const DefaultsRead& command, const platform::UserDefaults& defa
 // it all the same.
 int writeDefaults(const DefaultsWrite& command, platform::UserDefaults& defaults, const Streams& streams);
 int deleteDefaults(const DefaultsDelete& command, platform::UserDefaults& defaults, const Streams& streams);
-// Four columns, each as wide as its longest entry: key, type, factory value, value in force; "-" for none.
+// Four columns, parted by two blanks at least: key, type, factory value, value in force; "-" for none.
 // Keys of the user that are not in the key table follow with the type "unknown".
 int listDefaults(const platform::UserDefaults& defaults, const platform::Dictionary& factory,
                  const Streams& streams);
