@@ -104,7 +104,7 @@ std::optional<Url> LinuxWebView::url() const {
     return decidedUrl_;
   }
   const char* uri = web_ == nullptr ? nullptr : webkit_web_view_get_uri(web_);
-  return uri == nullptr ? std::nullopt : Url::parse(uri);
+  return uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
 }
 
 UrlRequest LinuxWebView::frameRequest() const {

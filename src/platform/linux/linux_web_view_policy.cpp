@@ -9,7 +9,7 @@ namespace platform {
 namespace {
 
 Url parsed(const char* uri) {
-  const auto url = uri == nullptr ? std::nullopt : Url::parse(uri);
+  const auto url = uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
   return url ? *url : *Url::parse("about:blank");
 }
 
@@ -119,7 +119,7 @@ void LinuxWebView::decideResponse(WebKitResponsePolicyDecision* decision) {
   WebKitURIResponse* answered = webkit_response_policy_decision_get_response(decision);
   NavigationResponse response;
   const char* uri = webkit_uri_response_get_uri(answered);
-  response.url = uri == nullptr ? std::nullopt : Url::parse(uri);
+  response.url = uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
   response.statusCode = static_cast<int>(webkit_uri_response_get_status_code(answered));
   response.isHttp = response.statusCode != 0;
   if (response.isHttp) {
