@@ -27,7 +27,7 @@ class ToolkitHarness {
   virtual void press(platform::Window& window, const std::string& name) = 0;
   virtual void pressSegment(platform::Window& window, const std::string& name, int segment) = 0;
   virtual void requestClose(platform::Window& window) = 0;
-  // The texts of the alerts that can be seen in a toplevel, those of its overlay last.
+  // The texts of the alerts that can be seen in a toplevel: its own, its sheet's, its overlay's.
   virtual std::vector<std::string> shownAlerts(platform::Window& toplevel) = 0;
   // Presses a button of the alert that shows `text`, after writing into its field when it has one.
   virtual void answer(platform::Window& toplevel, const std::string& text, const std::string& button,
@@ -49,25 +49,41 @@ class FakeToolkit : public ToolkitHarness {
   void requestClose(platform::Window& window) override { fake(window).requestClose(); }
   std::vector<std::string> shownAlerts(platform::Window& toplevel) override {
     std::vector<std::string> texts;
-    for (const platform::Alert* alert :
-         {fake(toplevel).currentAlert(), fake(toplevel).overlay()->currentAlert()}) {
-      if (alert != nullptr) {
-        texts.push_back(alert->messageText);
-      }
+    for (const auto& [alert, press] : alerts(toplevel)) {
+      texts.push_back(alert->messageText);
     }
     return texts;
   }
   void answer(platform::Window& toplevel, const std::string& text, const std::string& button,
               const std::string& written) override {
-    const platform::Alert* own = fake(toplevel).currentAlert();
-    if (own != nullptr && own->messageText == text) {
-      fake(toplevel).pressAlertButton(button, written);
-    } else {
-      fake(toplevel).overlay()->pressAlertButton(button, written);
+    for (const auto& [alert, press] : alerts(toplevel)) {
+      if (alert->messageText == text) {
+        press(button, written);
+        return;
+      }
     }
+    ADD_FAILURE() << "no alert " << text;
   }
 
  private:
+  using Press = std::function<void(const std::string& button, const std::string& written)>;
+
+  template <class Parent>
+  static void addAlert(std::vector<std::pair<const platform::Alert*, Press>>& found, Parent* parent) {
+    if (parent != nullptr && parent->currentAlert() != nullptr) {
+      found.emplace_back(parent->currentAlert(),
+                         [parent](const std::string& button, const std::string& written) {
+                           parent->pressAlertButton(button, written);
+                         });
+    }
+  }
+  static std::vector<std::pair<const platform::Alert*, Press>> alerts(platform::Window& toplevel) {
+    std::vector<std::pair<const platform::Alert*, Press>> found;
+    addAlert(found, &fake(toplevel));
+    addAlert(found, fake(toplevel).currentSheet());
+    addAlert(found, fake(toplevel).overlay());
+    return found;
+  }
   static fakes::FakeWindow& fake(platform::Window& window) {
     return dynamic_cast<fakes::FakeWindow&>(window);
   }
@@ -108,7 +124,7 @@ class LinuxToolkit : public ToolkitHarness {
     return texts;
   }
   void answer(platform::Window& toplevelWindow, const std::string& text, const std::string& button,
-              const std::string& written) override {
+              const std::string& written = "") override {
     GtkWidget* card = alertCard(toplevelWindow, text);
     ASSERT_NE(card, nullptr) << text;
     for (GtkWidget* entry : all(card)) {

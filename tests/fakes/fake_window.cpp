@@ -26,12 +26,12 @@ FakeWindow::FakeWindow(Stage stage, std::string name, Kind kind, Screens screens
 }
 
 FakeWindow::~FakeWindow() {
-  for (FakeWindow* child : children_) {
-    child->parent_ = nullptr;
-  }
   if (parent_ != nullptr) {
-    std::erase(parent_->children_, this);
-    parent_->sheets_.removeSheet(*this);
+    parent_->releaseSheet(*this);
+  }
+  sheets_.clear();
+  while (!children_.empty()) {
+    releaseSheet(*children_.back());
   }
 }
 
@@ -273,13 +273,22 @@ void FakeWindow::endSheet(platform::Window& sheet, int code) {
     return;
   }
   record(fmt::format("endSheet {} {}", child->name_, code));
-  child->sheets_.clear();
-  child->parent_ = nullptr;
-  std::erase(children_, child);
-  sheets_.removeSheet(*child);
-  if (const auto completion = std::move(child->sheetCompletion_)) {
+  const auto completion = std::move(child->sheetCompletion_);
+  releaseSheet(*child);
+  if (completion) {
     completion(code);
   }
+}
+
+void FakeWindow::releaseSheet(FakeWindow& child) {
+  child.sheets_.clear();
+  while (!child.children_.empty()) {
+    child.releaseSheet(*child.children_.back());
+  }
+  child.parent_ = nullptr;
+  child.sheetCompletion_ = nullptr;
+  std::erase(children_, &child);
+  sheets_.removeSheet(child);
 }
 
 FakeOverlay::FakeOverlay(Stage stage)

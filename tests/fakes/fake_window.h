@@ -166,6 +166,8 @@ class FakeWindow final : public platform::Window {
   FakeView* requireView(const std::string& name);
   [[noreturn]] static void refuse(const std::string& text);
   void moveTo(const platform::Rect& frame);
+  // Takes a sheet and all that stands on it away, without answers.
+  void releaseSheet(FakeWindow& child);
   bool coversScreen() const;
   void show();
 

@@ -29,12 +29,26 @@ bool isContentView(GtkWidget* widget) {
   return g_object_get_qdata(G_OBJECT(widget), contentQuark()) != nullptr;
 }
 
+// What its container has given to `widget`, margins included, as `within` sees it.
+Rect placeOf(GtkWidget* widget, GtkWidget* within) {
+  graphene_rect_t bounds;
+  if (within == nullptr || !gtk_widget_compute_bounds(widget, within, &bounds)) {
+    return {};
+  }
+  const int start = gtk_widget_get_margin_start(widget);
+  const int top = gtk_widget_get_margin_top(widget);
+  return {bounds.origin.x - start, bounds.origin.y - top,
+          bounds.size.width + start + gtk_widget_get_margin_end(widget),
+          bounds.size.height + top + gtk_widget_get_margin_bottom(widget)};
+}
+
 // A GtkBox keeps no data for each child, so a bin can take a child's place.
 LumoLayerBin* wrapInBin(GtkWidget* widget) {
   GtkWidget* parent = gtk_widget_get_parent(widget);
   if (!GTK_IS_BOX(parent)) {
     return nullptr;
   }
+  const Rect place = placeOf(widget, parent);
   GtkWidget* before = gtk_widget_get_prev_sibling(widget);
   GtkWidget* bin = newLayerBin(false);
   gtk_widget_set_hexpand(bin, gtk_widget_compute_expand(widget, GTK_ORIENTATION_HORIZONTAL));
@@ -50,6 +64,13 @@ LumoLayerBin* wrapInBin(GtkWidget* widget) {
   gtk_box_insert_child_after(GTK_BOX(parent), bin, before);
   setLayerBinChild(LUMO_LAYER_BIN(bin), widget);
   g_object_unref(widget);
+  if (place.width > 0) {
+    // Its frame is asked for before the next layout.
+    const graphene_point_t corner{static_cast<float>(place.x), static_cast<float>(place.y)};
+    gtk_widget_measure(bin, GTK_ORIENTATION_HORIZONTAL, -1, nullptr, nullptr, nullptr, nullptr);
+    gtk_widget_allocate(bin, static_cast<int>(place.width), static_cast<int>(place.height), -1,
+                        gsk_transform_translate(nullptr, &corner));
+  }
   if (hadFocus) {
     gtk_root_set_focus(root, focus);
   }
@@ -228,17 +249,6 @@ Window* LinuxView::window() const {
   return windowOf(widget_);
 }
 
-Point LinuxView::origin() const {
-  GtkWidget* place = bin() != nullptr ? GTK_WIDGET(bin()) : widget_;
-  auto* above = dynamic_cast<LinuxView*>(superview());
-  double x = 0;
-  double y = 0;
-  if (above == nullptr || !gtk_widget_translate_coordinates(place, above->widget(), 0, 0, &x, &y)) {
-    return {};
-  }
-  return {x, y};
-}
-
 Rect LinuxView::boundsOfSuperview() const {
   auto* above = dynamic_cast<LinuxView*>(superview());
   GtkWidget* holder = above != nullptr ? above->widget() : gtk_widget_get_parent(widget_);
@@ -267,19 +277,22 @@ Rect LinuxView::frame() const {
   if (gtk_widget_get_parent(widget_) == nullptr) {
     return looseFrame_;
   }
-  const Point place = origin();
+  const Rect whole = place();
   const LayerState state = layer();
-  const Rect inner = state.frame.value_or(ownPlace());
-  return {inner.x + place.x + state.offset.x, inner.y + place.y + state.offset.y, inner.width, inner.height};
+  const Rect inner = state.frame.value_or(Rect{0, 0, whole.width, whole.height});
+  return {inner.x + whole.x + state.offset.x, inner.y + whole.y + state.offset.y, inner.width, inner.height};
 }
 
-Rect LinuxView::ownPlace() const {
+Rect LinuxView::place() const {
   LumoLayerBin* layerBin = bin();
-  GtkWidget* holder = layerBin != nullptr ? GTK_WIDGET(layerBin) : widget_;
-  const Rect place{0, 0, static_cast<double>(gtk_widget_get_width(holder)),
-                   static_cast<double>(gtk_widget_get_height(holder))};
+  auto* above = dynamic_cast<LinuxView*>(superview());
+  GtkWidget* within = above != nullptr ? above->widget() : gtk_widget_get_parent(widget_);
+  if (layerBin == nullptr) {
+    return placeOf(widget_, within);
+  }
+  const Rect place = placeOf(GTK_WIDGET(layerBin), within);
   const bool laidOut = place.width > 0 || place.height > 0;
-  return laidOut || layerBin == nullptr || !isFreeLayerBin(layerBin) ? place : boundsOfSuperview();
+  return laidOut || !isFreeLayerBin(layerBin) ? place : boundsOfSuperview();
 }
 
 void LinuxView::setFrame(const Rect& frame) {
@@ -290,13 +303,12 @@ void LinuxView::setFrame(const Rect& frame) {
     return;
   }
   LayerState state = layer();
-  const Point start = origin();
-  const Rect place = ownPlace();
-  const Rect inPlace{wanted.x - start.x, wanted.y - start.y, wanted.width, wanted.height};
-  const bool nothingYet = place == Rect{} && wanted.width == 0 && wanted.height == 0;
+  const Rect whole = place();
+  const Rect inPlace{wanted.x - whole.x, wanted.y - whole.y, wanted.width, wanted.height};
+  const bool nothingYet = whole == Rect{} && wanted.width == 0 && wanted.height == 0;
   // A view that is where its container puts it follows the container, and so one that covers its superview
   // follows that. Before the first layout there is nothing to compare with: what has no size follows.
-  state.frame = inPlace == place || nothingYet ? std::nullopt : std::optional(inPlace);
+  state.frame = wanted == whole || nothingYet ? std::nullopt : std::optional(inPlace);
   state.offset = {};
   state.motion = {};
   setLayer(state);

@@ -79,10 +79,8 @@ class LinuxView : public virtual View {
   void startTicking();
   bool tick(gint64 frameTime);
   void showRotation();
-  // Where the widget's place begins in the superview's coordinates.
-  Point origin() const;
-  // The space that the container gives the widget, in its own coordinates; empty before the first layout.
-  Rect ownPlace() const;
+  // What the container gives the widget, in the superview's coordinates; empty before the first layout.
+  Rect place() const;
   Rect boundsOfSuperview() const;
 
   Dispatch& dispatch_;

@@ -1,6 +1,7 @@
 #include "platform/linux/linux_window.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/linux_application.h"
 #include "platform/linux/linux_controls.h"
@@ -49,9 +50,15 @@ LinuxWindow::LinuxWindow(Dispatch& dispatch, LinuxApplication& application, GtkB
 }
 
 LinuxWindow::~LinuxWindow() {
-  if (parent_ != nullptr && parent_->host() != nullptr) {
-    parent_->host()->forget(this);
-    parent_->host()->dismiss(sheet_);
+  if (parent_ != nullptr) {
+    parent_->releaseSheet(*this);
+  }
+  if (host_ != nullptr) {
+    host_->forget(this);
+    host_->forget(overlay_.get());
+  }
+  while (!children_.empty()) {
+    releaseSheet(*children_.back());
   }
   overlay_.reset();
   host_.reset();
@@ -149,7 +156,10 @@ void LinuxWindow::surfaceResized() {
       return;
     }
     insistOnFrame();
-    if (delegate_ != nullptr) {
+    // A layout without a new size is no news.
+    const Rect present = frame();
+    const Size size{present.width, present.height};
+    if (size != std::exchange(toldSize_, size) && delegate_ != nullptr) {
       delegate_->windowDidResize(*this);
     }
   });
@@ -376,7 +386,8 @@ void LinuxWindow::perform(const std::string& action, GtkWidget* widget) {
 
 bool LinuxWindow::makeFirstResponder(View& view) {
   auto* target = dynamic_cast<LinuxView*>(&view);
-  return target != nullptr && gtk_widget_grab_focus(target->widget()) != FALSE;
+  return target != nullptr && target->window() == this && gtk_widget_is_visible(target->widget()) != FALSE &&
+         gtk_widget_grab_focus(target->widget()) != FALSE;
 }
 
 void LinuxWindow::makeKeyAndOrderFront() {
@@ -399,7 +410,7 @@ bool LinuxWindow::isVisible() const {
   if (toplevel_ != nullptr) {
     return gtk_widget_get_visible(GTK_WIDGET(toplevel_)) != FALSE;
   }
-  return parent_ != nullptr;
+  return parent_ != nullptr && gtk_widget_get_parent(sheet_) != nullptr;
 }
 
 void LinuxWindow::close() {
@@ -415,6 +426,7 @@ void LinuxWindow::beginSheet(Window& sheet, std::function<void(int)> completion)
   }
   child->parent_ = this;
   child->sheetCompletion_ = std::move(completion);
+  children_.push_back(child);
   sheetHost->enqueue(this, child->sheet_, [child] { return SheetCard{child->sheet_, nullptr, {}}; });
 }
 
@@ -423,11 +435,26 @@ void LinuxWindow::endSheet(Window& sheet, int code) {
   if (child == nullptr || child->parent_ != this) {
     return;
   }
-  host()->forget(child);
-  host()->dismiss(child->sheet_);
-  child->parent_ = nullptr;
-  if (const auto completion = std::move(child->sheetCompletion_)) {
+  const auto completion = std::move(child->sheetCompletion_);
+  releaseSheet(*child);
+  if (completion) {
     completion(code);
+  }
+}
+
+void LinuxWindow::releaseSheet(LinuxWindow& child) {
+  SheetHost* sheetHost = host();
+  if (sheetHost != nullptr) {
+    sheetHost->forget(&child);
+  }
+  while (!child.children_.empty()) {
+    child.releaseSheet(*child.children_.back());
+  }
+  std::erase(children_, &child);
+  child.parent_ = nullptr;
+  child.sheetCompletion_ = nullptr;
+  if (sheetHost != nullptr) {
+    sheetHost->dismiss(child.sheet_);
   }
 }
 

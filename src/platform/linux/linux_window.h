@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtk/gtk.h>
 
@@ -74,6 +75,8 @@ class LinuxWindow final : public Window {
   void applyWantedFrame();
   Point wantedPosition() const { return {wantedFrame_.x, wantedFrame_.y}; }
   void moveBars(bool overPage);
+  // Takes a sheet and all that stands on it away, without answers.
+  void releaseSheet(LinuxWindow& child);
   bool coversScreen(const Rect& frame) const;
 
   Dispatch& dispatch_;
@@ -85,11 +88,15 @@ class LinuxWindow final : public Window {
   std::unique_ptr<LinuxOverlay> overlay_;
   WindowDelegate* delegate_ = nullptr;
   LinuxWindow* parent_ = nullptr;
+  // The sheets that are shown or wait here. Not owned; each takes itself off when it goes.
+  std::vector<LinuxWindow*> children_;
   std::function<void(int)> sheetCompletion_;
   std::map<std::string, std::function<void(View&)>> actions_;
   std::string title_;
   int level_ = kNormalWindowLevel;
   unsigned styleMask_ = 15;
+  // As the delegate was told.
+  Size toldSize_;
   Rect usualFrame_;
   Rect wantedFrame_;
   int frameTries_ = 0;

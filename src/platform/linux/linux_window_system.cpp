@@ -12,6 +12,15 @@
 
 namespace platform {
 
+namespace {
+
+bool hasObject(GtkBuilder* builder, const char* name, GType type) {
+  GObject* object = gtk_builder_get_object(builder, name);
+  return object != nullptr && g_type_is_a(G_OBJECT_TYPE(object), type) != FALSE;
+}
+
+}  // namespace
+
 LinuxWindowSystem::LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& application, const Bundle& bundle,
                                      WebEngine& engine)
     : dispatch_(dispatch), application_(application), bundle_(bundle), engine_(engine) {
@@ -48,8 +57,8 @@ std::unique_ptr<Window> LinuxWindowSystem::loadWindow(const std::string& name) {
   if (gtk_builder_add_from_file(builder, path->c_str(), &error) == FALSE) {
     NSLog("the window description %@ is damaged: %@", name, error->message);
     g_error_free(error);
-  } else if (gtk_builder_get_object(builder, "window") == nullptr &&
-             gtk_builder_get_object(builder, "sheet") == nullptr) {
+  } else if (!hasObject(builder, "window", GTK_TYPE_WINDOW) &&
+             !hasObject(builder, "sheet", GTK_TYPE_WIDGET)) {
     NSLog("the window description %@ has neither a window nor a sheet", name);
   } else {
     engine_.adoptDormantViews(builder);

@@ -34,6 +34,10 @@ SheetHost::SheetHost(LinuxApplication& application, GtkOverlay* root)
 
 SheetHost::~SheetHost() {
   openSheets -= static_cast<int>(layers_.size());
+  application_.setActionsEnabled(openSheets == 0);
+  for (Layer& layer : layers_) {
+    g_clear_object(&layer.focusBefore);
+  }
   if (root_ != nullptr) {
     g_object_remove_weak_pointer(G_OBJECT(root_), reinterpret_cast<gpointer*>(&root_));
   }
@@ -121,12 +125,16 @@ void SheetHost::dismiss(GtkWidget* card) {
   if (found == layers_.end() || root_ == nullptr) {
     return;
   }
-  const Layer layer = *found;
+  Layer layer = *found;
   const auto index = static_cast<std::size_t>(found - layers_.begin());
   // What stood above this layer now stands on what is below it, which then stays insensitive.
   const bool top = index + 1 == layers_.size();
   if (top) {
     gtk_widget_set_sensitive(below(index), TRUE);
+  } else if (Layer& above = layers_[index + 1];
+             above.focusBefore != nullptr && gtk_widget_is_ancestor(above.focusBefore, layer.card)) {
+    // The focus goes back past the layer that is no more.
+    std::swap(above.focusBefore, layer.focusBefore);
   }
   layers_.erase(found);
   gtk_box_remove(GTK_BOX(layer.dim), layer.card);
@@ -183,7 +191,9 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
   auto answer = [this, card, entry, completion](int code) {
     AlertResponse response{code, entry == nullptr ? "" : gtk_editable_get_text(GTK_EDITABLE(entry))};
     dismiss(card);
-    completion(response);
+    if (completion) {
+      completion(response);
+    }
   };
   SheetCard shown{card, entry, {}};
   for (const AlertButton& button : alert.buttons) {
