@@ -114,7 +114,7 @@ TEST_F(LinuxMessageBusTest, DoesNotHangOnABusThatStops) {
   const fakes::CapturedLog log;
   // Much more than the socket takes.
   const DistributedNotification large{
-      "lumoXNotification", std::nullopt, {{"text", std::string(8 << 20, 'x')}}};
+      "lumoXNotification", std::nullopt, {{"text", std::string(2 << 20, 'x')}}};
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(bus_.postNotification(large));
   EXPECT_LT(elapsedSince(start), SessionBus::kPatience + 1500ms);
@@ -122,10 +122,22 @@ TEST_F(LinuxMessageBusTest, DoesNotHangOnABusThatStops) {
   EXPECT_TRUE(bus_.postNotification(kRelease));
 }
 
+TEST_F(LinuxMessageBusTest, RepairsTextWithNul) {
+  const BusListener listener(daemon_.address());
+  const fakes::CapturedLog log;
+  const std::string text("a\0b", 3);
+  EXPECT_TRUE(bus_.postNotification({"lumoXNotification", text, {{text, text}}}));
+  ASSERT_TRUE(queues_.runUntil([&] { return listener.heard().size() == 1; }));
+  const std::string repaired = "a\uFFFDb";
+  EXPECT_EQ(listener.heard().front(),
+            (DistributedNotification{"lumoXNotification", repaired, {{repaired, repaired}}}));
+  EXPECT_EQ(log.lines().size(), 1U) << log.text();
+}
+
 TEST_F(LinuxMessageBusTest, CarriesLargeTexts) {
   const BusListener listener(daemon_.address());
   const DistributedNotification large{
-      "lumoXNotification", std::nullopt, {{"text", std::string(8 << 20, 'x')}}};
+      "lumoXNotification", std::nullopt, {{"text", std::string(2 << 20, 'x')}}};
   EXPECT_TRUE(bus_.postNotification(large));
   ASSERT_TRUE(queues_.runUntil([&] { return listener.heard().size() == 1; }));
   EXPECT_TRUE(listener.heard().front() == large);

@@ -50,6 +50,12 @@ void activated(GSimpleAction* action, GVariant*, gpointer target) {
       continue;
     }
     GtkWidget* page = gtk_widget_get_ancestor(focus, WEBKIT_TYPE_WEB_VIEW);
+    // The menu bar would keep the keyboard.
+    if (GTK_IS_TEXT(focus)) {
+      gtk_text_grab_focus_without_selecting(GTK_TEXT(focus));
+    } else {
+      gtk_widget_grab_focus(focus);
+    }
     if (page != nullptr) {
       webkit_web_view_execute_editing_command(WEBKIT_WEB_VIEW(page), candidate.pageCommand);
     } else {

@@ -28,8 +28,11 @@ bool isAllowedName(const std::string& name) {
 }
 
 // The text as the bus takes it: UTF-8 without NUL.
-std::string busText(std::string_view text, bool& repaired) {
-  repaired = repaired || !isValidUtf8(text) || text.find('\0') != std::string_view::npos;
+std::string busText(const std::string& text, bool& repaired) {
+  if (isValidUtf8(text) && text.find('\0') == std::string::npos) {
+    return text;
+  }
+  repaired = true;
   return replacingOccurrences(validUtf8(text), std::string_view("\0", 1), "\uFFFD");
 }
 
