@@ -17,9 +17,24 @@
 class PrivateDisplay {
  public:
   PrivateDisplay() {
+    // Servers that look for a free number at the same moment can find the same one; the loser ends.
+    for (int attempt = 0; attempt < 5 && !start(); ++attempt) {
+    }
+    if (name_.empty()) {
+      throw std::runtime_error("Xvfb did not start");
+    }
+  }
+  ~PrivateDisplay() { stop(); }
+  PrivateDisplay(const PrivateDisplay&) = delete;
+  PrivateDisplay& operator=(const PrivateDisplay&) = delete;
+
+  const std::string& name() const { return name_; }
+
+ private:
+  bool start() {
     int ends[2];
     if (pipe(ends) != 0) {
-      throw std::runtime_error("no pipe");
+      return false;
     }
     const platform::FileDescriptor readEnd(ends[0]);
     platform::FileDescriptor writeEnd(ends[1]);
@@ -37,20 +52,21 @@ class PrivateDisplay {
     pollfd ready = {readEnd.get(), POLLIN, 0};
     char text[16] = {};
     if (process_ < 0 || poll(&ready, 1, 30'000) != 1 || read(readEnd.get(), text, sizeof text - 1) < 2) {
-      throw std::runtime_error("Xvfb did not start");
+      stop();
+      return false;
     }
     name_ = ":" + std::string(text, std::string_view(text).find('\n'));
+    return true;
   }
-  ~PrivateDisplay() {
-    kill(process_, SIGTERM);
-    waitpid(process_, nullptr, 0);
+
+  void stop() {
+    if (process_ > 0) {
+      kill(process_, SIGTERM);
+      waitpid(process_, nullptr, 0);
+      process_ = -1;
+    }
   }
-  PrivateDisplay(const PrivateDisplay&) = delete;
-  PrivateDisplay& operator=(const PrivateDisplay&) = delete;
 
-  const std::string& name() const { return name_; }
-
- private:
   pid_t process_ = -1;
   std::string name_;
 };
