@@ -8,6 +8,25 @@
 
 namespace platform {
 
+namespace {
+
+// The engine passes keys on to a text view of its own that stands in no window, to learn what the toolkit's
+// key bindings make of them. Two of the bindings act: F7 hides that view's cursor, after which the toolkit
+// fails an assertion with the next blink and ends the program; the menu keys open its context menu over the
+// page.
+gboolean isKeyOfTheTextView(GtkEventControllerKey*, guint key, guint, GdkModifierType state, gpointer) {
+  return key == GDK_KEY_F7 || key == GDK_KEY_Menu || (key == GDK_KEY_F10 && (state & GDK_SHIFT_MASK) != 0);
+}
+
+void keepKeysFromTheTextView(GtkWidget* engineView) {
+  GtkEventController* keys = gtk_event_controller_key_new();
+  gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+  g_signal_connect(keys, "key-pressed", G_CALLBACK(isKeyOfTheTextView), nullptr);
+  gtk_widget_add_controller(engineView, keys);
+}
+
+}  // namespace
+
 LinuxWebView::LinuxWebView(Dispatch& dispatch, WebEngine& engine, GtkWidget* widget, GtkWidget* engineView)
     : LinuxView(dispatch, widget), engine_(engine) {
   if (engineView != nullptr) {
@@ -36,7 +55,7 @@ WebKitWebView* LinuxWebView::engineView() {
     gtk_box_append(GTK_BOX(widget()), made);
     connectEngine();
     if (customUserAgent_) {
-      webkit_settings_set_user_agent(webkit_web_view_get_settings(web_), customUserAgent_->c_str());
+      applyUserAgent();
     }
   }
   return web_;
@@ -44,6 +63,7 @@ WebKitWebView* LinuxWebView::engineView() {
 
 void LinuxWebView::connectEngine() {
   answerForView(web_);
+  keepKeysFromTheTextView(GTK_WIDGET(web_));
   g_signal_connect(web_, "load-changed",
                    G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                      static_cast<LinuxWebView*>(self)->loadChanged(event);
@@ -103,7 +123,7 @@ std::optional<Url> LinuxWebView::url() const {
   if (decidedUrl_) {
     return decidedUrl_;
   }
-  const char* uri = web_ == nullptr ? nullptr : webkit_web_view_get_uri(web_);
+  const char* uri = web_ == nullptr || addressless_ ? nullptr : webkit_web_view_get_uri(web_);
   return uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
 }
 
@@ -139,7 +159,15 @@ void LinuxWebView::setCustomUserAgent(const std::string& agent) {
   std::erase_if(clean, [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
   customUserAgent_ = clean;
   if (web_ != nullptr) {
-    webkit_settings_set_user_agent(webkit_web_view_get_settings(web_), clean.c_str());
+    applyUserAgent();
+  }
+}
+
+void LinuxWebView::applyUserAgent() {
+  WebKitSettings* settings = webkit_web_view_get_settings(web_);
+  webkit_settings_set_user_agent(settings, customUserAgent_->c_str());
+  if (!customUserAgent_->empty() && *customUserAgent_ != webkit_settings_get_user_agent(settings)) {
+    NSLog("the engine refuses the user agent \"%@\"", *customUserAgent_);
   }
 }
 
