@@ -11,11 +11,14 @@ namespace platform {
 namespace {
 
 // The engine passes keys on to a text view of its own that stands in no window, to learn what the toolkit's
-// key bindings make of them. Two of the bindings act: F7 hides that view's cursor, after which the toolkit
-// fails an assertion with the next blink and ends the program; the menu keys open its context menu over the
-// page.
+// key bindings make of them. Some bindings act all the same: F7 hides that view's cursor, after which the
+// toolkit fails an assertion with the next blink and ends the program; others open its context menu or a
+// choice of pictures over the page, and take the keyboard.
 gboolean isKeyOfTheTextView(GtkEventControllerKey*, guint key, guint, GdkModifierType state, gpointer) {
-  return key == GDK_KEY_F7 || key == GDK_KEY_Menu || (key == GDK_KEY_F10 && (state & GDK_SHIFT_MASK) != 0);
+  const bool control = (state & GDK_CONTROL_MASK) != 0;
+  const bool shift = (state & GDK_SHIFT_MASK) != 0;
+  return key == GDK_KEY_F7 || key == GDK_KEY_Menu || (shift && key == GDK_KEY_F10) ||
+         (control && (key == GDK_KEY_period || key == GDK_KEY_semicolon));
 }
 
 void keepKeysFromTheTextView(GtkWidget* engineView) {

@@ -105,6 +105,13 @@ void LinuxWindow::connectToplevel() {
                      return TRUE;
                    }),
                    this);
+  // The toolkit's inspector, which shows and changes whatever the program has, is open to every keyboard.
+  g_signal_connect(toplevel_, "enable-debugging",
+                   G_CALLBACK(+[](GtkWindow* toplevel, gboolean, gpointer) -> gboolean {
+                     g_signal_stop_emission_by_name(toplevel, "enable-debugging");
+                     return TRUE;
+                   }),
+                   nullptr);
   g_signal_connect(
       toplevel_, "notify::is-active", G_CALLBACK(+[](GtkWindow* window, GParamSpec*, gpointer self) {
         static_cast<LinuxWindow*>(self)->application_.noteActiveChanged(gtk_window_is_active(window));
