@@ -109,7 +109,7 @@ void MyWebViewWindowController::connectActions() {
       {"ibShowNavBar:", &MyWebViewWindowController::ibShowNavBar},
   };
   for (const auto& [name, action] : actions) {
-    window_->setAction(name, [this, action](platform::View& sender) { (this->*action)(&sender); });
+    window_->setAction(name, [this, handler = action](platform::View& sender) { (this->*handler)(&sender); });
   }
 }
 
