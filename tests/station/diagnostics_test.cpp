@@ -9,6 +9,7 @@
 
 namespace station {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 
 class DiagnosticsTest : public StationTest {};
@@ -28,9 +29,12 @@ TEST_F(DiagnosticsTest, OfTheEnginesProcessesAreInTheLog) {
   // log.
   station.environment["LD_DEBUG"] = "libs";
   startAtHome();
-  EXPECT_TRUE(station.logs("WebKitWebProcess"));
-  const std::string log = station.log();
-  EXPECT_THAT(log, HasSubstr("WebKitNetworkProcess"));
+  for (const char* program : {"WebKitNetworkProcess", "WebKitWebProcess"}) {
+    EXPECT_TRUE(waitUntil([&] {
+      return ::testing::Value(station.log(),
+                              ContainsRegex(std::string("initialize program: [^\n]*/") + program + "\n"));
+    })) << program;
+  }
 }
 
 }  // namespace station

@@ -62,7 +62,8 @@ TEST_F(LoadingTest, GivesASilentServerUpAfterFiveSeconds) {
   EXPECT_THAT(failure, HasSubstr(server.url("/silent")));
   constexpr long day = 24L * 60 * 60 * 1000;
   const long waited = (timeOf(failure) - timeOf(lineWith(kStart)) + day) % day;
-  EXPECT_GE(waited, 4990);
+  // The line of the start is written a little after the start.
+  EXPECT_GE(waited, 4800);
   EXPECT_LT(waited, 10'000);
   EXPECT_EQ(server.count("/silent"), 1);
 }

@@ -42,8 +42,8 @@ class SheetTest : public StationTest {
 
 TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
   startAtHome();
-  station.key("F7");
-  ASSERT_TRUE(waitUntil([this] { return heardKey("F7"); })) << "the page has no keyboard to lose";
+  station.key("F8");
+  ASSERT_TRUE(waitUntil([this] { return heardKey("F8"); })) << "the page has no keyboard to lose";
   ASSERT_TRUE(openSettings());
   const auto settings = station.control("dialog", "Settings");
   ASSERT_TRUE(waitUntil([&] { return hasFocusIn(*settings); }));
@@ -51,7 +51,7 @@ TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
     station.key("Tab");
     EXPECT_TRUE(hasFocusIn(*settings)) << "the keyboard left the sheet with Tab number " << press + 1;
   }
-  station.key("F8");
+  station.key("F9");
   const auto pageView = station.control("widget", "WebKitWebView");
   ASSERT_TRUE(pageView);
   EXPECT_FALSE(pageView->isSensitive());
@@ -67,9 +67,9 @@ TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
   EXPECT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
   EXPECT_TRUE(station.control("widget", "WebKitWebView")->isSensitive());
   // The page has the keyboard again, and has heard nothing meanwhile.
-  station.key("F9");
-  EXPECT_TRUE(waitUntil([this] { return heardKey("F9"); }));
-  EXPECT_FALSE(heardKey("F8"));
+  station.key("F4");
+  EXPECT_TRUE(waitUntil([this] { return heardKey("F4"); }));
+  EXPECT_FALSE(heardKey("F9"));
   EXPECT_FALSE(heardKey("Tab"));
 }
 
@@ -99,7 +99,7 @@ TEST_F(SheetTest, APagesAlertWaitsForItsButton) {
                                       "<script>addEventListener('keydown', () => {"
                                       "alert('Take your card'); fetch('/taken')})</script>")});
   startAtHome();
-  station.key("F7");
+  station.key("F8");
   ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Take your card").has_value(); }));
   EXPECT_EQ(server.count("/taken"), 0);
   ASSERT_TRUE(station.press("OK"));
@@ -112,7 +112,7 @@ TEST_F(SheetTest, EscapeAnswersAPagesQuestionWithNo) {
                                       "<script>addEventListener('keydown', () => "
                                       "fetch('/answer?' + confirm('Leave?')))</script>")});
   startAtHome();
-  station.key("F7");
+  station.key("F8");
   ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Leave?").has_value(); }));
   station.key("Escape");
   ASSERT_TRUE(waitUntil([this] { return server.count("/answer") == 1; }));

@@ -1,5 +1,6 @@
 #include "station/station.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -17,7 +18,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kScreenSize = "1280x1024x24";
-constexpr const char* kAccessibleFile = "controls.txt";
 
 std::string contents(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
@@ -280,7 +280,7 @@ void Station::keepEvidence(const fs::path& target) {
   fs::copy_file(preferenceFile(), target / "preferences.plist", ignored);
   if (kiosk_ != nullptr && kiosk_->isRunning()) {
     if (const auto program = controls()) {
-      std::ofstream(target / kAccessibleFile) << description(*program);
+      std::ofstream(target / "controls.txt") << description(*program);
     }
   }
   if (screen_ != nullptr) {
@@ -300,8 +300,9 @@ void StationTest::SetUp() {
 void StationTest::TearDown() {
   if (HasFailure()) {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    const fs::path folder =
-        fs::path(LUMO_BUILD_DIR) / "station" / (std::string(test->test_suite_name()) + "." + test->name());
+    std::string name = std::string(test->test_suite_name()) + "." + test->name();
+    std::replace(name.begin(), name.end(), '/', '.');
+    const fs::path folder = fs::path(LUMO_BUILD_DIR) / "station" / name;
     station.keepEvidence(folder);
     std::cerr << "What explains the failure is in " << folder.string() << "\n";
   }

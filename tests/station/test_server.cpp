@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -107,6 +107,7 @@ TEST_F(BarsTest, ShowWhenAskedFor) {
   }
   EXPECT_TRUE(hasToolbar());
   EXPECT_TRUE(hasMenuBar());
+  EXPECT_EQ(station.screen().title(station.window()), "Lumo Browser");
 }
 
 TEST_F(BarsTest, OfNavigationIsHiddenAlone) {
