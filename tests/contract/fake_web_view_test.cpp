@@ -185,7 +185,7 @@ TEST_F(FakeWebViewTest, ATextOfTheSystemsOwnHasNoAddressWithoutABase) {
   delegate.heard.clear();
   view.loadHTMLString("<p>Invalid</p>", std::nullopt);
   EXPECT_TRUE(view.finish());
-  EXPECT_THAT(delegate.heard, ElementsAre("start", "finish"));
+  EXPECT_THAT(delegate.heard, ElementsAre("action about:blank", "start", "finish"));
   EXPECT_FALSE(view.url());
   EXPECT_EQ(view.htmlLoads().front().html, "<p>Invalid</p>");
 }

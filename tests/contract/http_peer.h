@@ -41,8 +41,11 @@ class PeerConnection {
       }
     }
     const auto begin = text.find(' ') + 1;
+    header_ = text;
     return text.substr(begin, text.find(' ', begin) - begin);
   }
+  // The header of the request that was read, as it came.
+  const std::string& header() const { return header_; }
   // False when the client has gone.
   bool send(std::string_view bytes) {
     while (!bytes.empty()) {
@@ -65,6 +68,7 @@ class PeerConnection {
 
   int socket_;
   const std::atomic<bool>& ended_;
+  std::string header_;
 };
 
 // A server on the loopback interface that answers each path as the test says, each connection on a thread of

@@ -11,8 +11,9 @@
 // "Contract": a window of 640 x 480 whose content view holds the views "first" (named "First", tag 41) and
 // "second", which cover it, and above them a row of the button "button" (action "press:"), the button
 // "unset" (action "nobody:"), the field "field" (action "enter:") and the control "segments" of three
-// segments (action "choose:"). Its overlay has the view named "shade".
-// "ContractSheet": a sheet with the field "name" and the button "close" (action "close:").
+// segments (action "choose:"), and the image view "picture" in the lower left corner. Its overlay has the
+// view named "shade". "ContractSheet": a sheet with the field "name" and the button "close" (action
+// "close:").
 inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
   const std::string begin = R"(<?xml version="1.0" encoding="UTF-8"?><interface>)";
   const std::string end = "</interface>";
@@ -41,7 +42,10 @@ inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
       layer(R"(<object class="GtkOverlay" id="first"><property name="name">First</property>
                  <style><class name="tag-41"/></style></object>)") +
       R"(</child><child type="overlay">)" + layer(R"(<object class="GtkOverlay" id="second"></object>)") +
-      R"(</child><child type="overlay">)" + row + "</child></object>";
+      R"(</child><child type="overlay">)" + row +
+      R"(</child><child type="overlay"><object class="GtkImage" id="picture">
+           <property name="halign">start</property><property name="valign">end</property>
+           <property name="pixel-size">32</property></object></child></object>)";
   const std::string overlay =
       R"(<object class="GtkOverlay" id="ibChildWindow"><property name="child">)" +
       layer(R"(<object class="GtkBox"><property name="name">shade</property></object>)") +
@@ -97,6 +101,7 @@ inline void describeContractWindows(fakes::FakeWindowSystem& windows) {
     window.add<FakeButton>("unset", acting("nobody:"), &row);
     window.add<fakes::FakeTextField>("field", acting("enter:"), &row);
     window.add<fakes::FakeSegmentedControl>("segments", acting("choose:"), &row);
+    window.add<fakes::FakeImageView>("picture");
     window.add<FakeView>("shade", shade, &window.addOverlay().contentView());
   });
   windows.describe("ContractSheet", FakeWindow::Kind::Sheet, [](FakeWindow& window) {

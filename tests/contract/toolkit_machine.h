@@ -34,7 +34,9 @@ class ToolkitMachine {
       std::filesystem::permissions(path, std::filesystem::perms::owner_all);
       setenv(name, path.c_str(), 1);
     }
-    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    // The engine's sandbox looks at the folder of the bus, so that has to be there.
+    setenv("DBUS_SESSION_BUS_ADDRESS",
+           ("unix:path=" + (folder_ / "XDG_RUNTIME_DIR" / "none").string()).c_str(), 1);
     setenv("GTK_A11Y", "none", 1);
     setenv("GSETTINGS_BACKEND", "memory", 1);
     for (const char* name : {"http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY", "all_proxy"}) {

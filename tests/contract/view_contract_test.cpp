@@ -43,7 +43,8 @@ TYPED_TEST(ViewContract, KnowsWhereItStands) {
   EXPECT_EQ(content.superview(), nullptr);
   EXPECT_EQ(first.superview(), &content);
   EXPECT_EQ(first.window(), this->window.get());
-  EXPECT_THAT(content.subviews(), ElementsAre(&first, &this->view("second"), &this->view("row")));
+  EXPECT_THAT(content.subviews(),
+              ElementsAre(&first, &this->view("second"), &this->view("row"), &this->view("picture")));
   EXPECT_EQ(this->view("row").subviews().size(), 4U);
   EXPECT_THAT(this->view("field").subviews(), IsEmpty());
   EXPECT_EQ(this->view("button").superview(), &this->view("row"));
@@ -115,7 +116,7 @@ TYPED_TEST(ViewContract, TakesASubviewAboveAnotherOrOnTop) {
   content.addSubviewAbove(*top, nullptr);
 
   EXPECT_THAT(content.subviews(), ElementsAre(&this->view("first"), above.get(), &this->view("second"),
-                                              &this->view("row"), top.get()));
+                                              &this->view("row"), &this->view("picture"), top.get()));
   EXPECT_EQ(above->superview(), &content);
   EXPECT_EQ(above->window(), this->window.get());
   EXPECT_EQ(above->frame(), (Rect{0, 0, 50, 40}));
@@ -128,15 +129,17 @@ TYPED_TEST(ViewContract, TakesASubviewAboveAnotherOrOnTop) {
 
 TYPED_TEST(ViewContract, ASubviewThatIsAddedAgainMoves) {
   View& content = this->window->contentView();
+  View* first = &this->view("first");
+  View* second = &this->view("second");
+  View* row = &this->view("row");
+  View* picture = &this->view("picture");
   const auto added = this->harness.windows().makeWebView({5, 6, 50, 40});
   content.addSubviewAbove(*added, nullptr);
-  content.addSubviewAbove(*added, &this->view("first"));
-  EXPECT_THAT(content.subviews(),
-              ElementsAre(&this->view("first"), added.get(), &this->view("second"), &this->view("row")));
+  content.addSubviewAbove(*added, first);
+  EXPECT_THAT(content.subviews(), ElementsAre(first, added.get(), second, row, picture));
   // A sibling that is elsewhere counts as none.
   content.addSubviewAbove(*added, &this->view("button"));
-  EXPECT_THAT(content.subviews(),
-              ElementsAre(&this->view("first"), &this->view("second"), &this->view("row"), added.get()));
+  EXPECT_THAT(content.subviews(), ElementsAre(first, second, row, picture, added.get()));
   EXPECT_EQ(added->frame(), (Rect{5, 6, 50, 40}));
 }
 
@@ -148,7 +151,7 @@ TYPED_TEST(ViewContract, AViewThatGoesLeavesItsSuperview) {
   EXPECT_FALSE(life.expired());
   added.reset();
   EXPECT_TRUE(life.expired());
-  EXPECT_EQ(content.subviews().size(), 3U);
+  EXPECT_EQ(content.subviews().size(), 4U);
 }
 
 TYPED_TEST(ViewContract, ViewsOfADescriptionLiveAsLongAsTheirWindow) {

@@ -100,11 +100,13 @@ std::optional<NavigationPolicy> FakeWebView::startNavigation() {
       delegate_->webView_didStartProvisionalNavigation(*this);
     }
   };
-  if (delegate_ == nullptr || !pending_) {
+  if (delegate_ == nullptr) {
     start(NavigationPolicy::Allow);
     return NavigationPolicy::Allow;
   }
-  const NavigationAction action{*pending_, true};
+  // A text of the system's own is a navigation like any other.
+  const UrlRequest text{pendingBase_ ? *pendingBase_ : parsed("about:blank"), {}, platform::Millis{0}, {}};
+  const NavigationAction action{pending_ ? *pending_ : text, true};
   std::shared_ptr<Decision> decision;
   DecisionHandler decide = newDecision("a navigation action", start, decision);
   delegate_->webView_decidePolicyForNavigationAction_decisionHandler(*this, action, std::move(decide));

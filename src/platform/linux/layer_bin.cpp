@@ -8,6 +8,9 @@ struct _LumoLayerBin {
   GtkWidget parent_instance;
   GtkWidget* child;
   gboolean isFree;
+  // As it was allocated last.
+  int childWidth;
+  int childHeight;
   platform::LayerState* state;
 };
 
@@ -55,22 +58,10 @@ static void layerBinMeasure(GtkWidget* widget, GtkOrientation orientation, int f
   }
 }
 
-static void layerBinAllocate(GtkWidget* widget, int width, int height, int /*baseline*/) {
-  LumoLayerBin* bin = LUMO_LAYER_BIN(widget);
-  if (bin->child == nullptr) {
-    return;
-  }
+// Where the child's corner lies in the bin, turned about its anchor point.
+static GskTransform* childTransform(LumoLayerBin* bin, int width, int height) {
   const platform::Rect frame = childFrame(bin, width, height);
   const platform::LayerState& state = *bin->state;
-  int minimumWidth = 0;
-  int minimumHeight = 0;
-  gtk_widget_measure(bin->child, GTK_ORIENTATION_HORIZONTAL, -1, &minimumWidth, nullptr, nullptr, nullptr);
-  const int childWidth = std::max(minimumWidth, static_cast<int>(std::floor(frame.width)));
-  gtk_widget_measure(bin->child, GTK_ORIENTATION_VERTICAL, childWidth, &minimumHeight, nullptr, nullptr,
-                     nullptr);
-  const int childHeight = std::max(minimumHeight, static_cast<int>(std::floor(frame.height)));
-
-  // The transform belongs here and not into the drawing: only then do clicks follow it.
   const auto anchorX = static_cast<float>(state.anchor.x * frame.width);
   const auto anchorY = static_cast<float>(state.anchor.y * frame.height);
   const auto x = static_cast<float>(frame.x + state.offset.x + state.motion.x);
@@ -82,23 +73,54 @@ static void layerBinAllocate(GtkWidget* widget, int width, int height, int /*bas
     transform = gsk_transform_rotate(transform, static_cast<float>(-state.rotation * 180 / std::numbers::pi));
   }
   const graphene_point_t back{-anchorX, -anchorY};
-  transform = gsk_transform_translate(transform, &back);
-  gtk_widget_allocate(bin->child, childWidth, childHeight, -1, transform);
+  return gsk_transform_translate(transform, &back);
 }
 
-static void layerBinSnapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
+static void layerBinAllocate(GtkWidget* widget, int width, int height, int /*baseline*/) {
   LumoLayerBin* bin = LUMO_LAYER_BIN(widget);
   if (bin->child == nullptr) {
     return;
   }
-  graphene_rect_t bounds;
-  if (bin->state->background && gtk_widget_compute_bounds(bin->child, widget, &bounds)) {
-    const platform::Color& color = *bin->state->background;
-    const GdkRGBA rgba{static_cast<float>(color.red), static_cast<float>(color.green),
-                       static_cast<float>(color.blue), static_cast<float>(color.alpha)};
-    gtk_snapshot_append_color(snapshot, &rgba, &bounds);
+  const platform::Rect frame = childFrame(bin, width, height);
+  int minimumWidth = 0;
+  int minimumHeight = 0;
+  gtk_widget_measure(bin->child, GTK_ORIENTATION_HORIZONTAL, -1, &minimumWidth, nullptr, nullptr, nullptr);
+  bin->childWidth = std::max(minimumWidth, static_cast<int>(std::floor(frame.width)));
+  gtk_widget_measure(bin->child, GTK_ORIENTATION_VERTICAL, bin->childWidth, &minimumHeight, nullptr, nullptr,
+                     nullptr);
+  bin->childHeight = std::max(minimumHeight, static_cast<int>(std::floor(frame.height)));
+  // The transform belongs here and not into the drawing: only then do clicks follow it.
+  gtk_widget_allocate(bin->child, bin->childWidth, bin->childHeight, -1, childTransform(bin, width, height));
+}
+
+// The colour turns and fades with the child.
+static void drawBackground(LumoLayerBin* bin, GtkSnapshot* snapshot) {
+  const platform::Color& color = *bin->state->background;
+  const GdkRGBA rgba{static_cast<float>(color.red), static_cast<float>(color.green),
+                     static_cast<float>(color.blue),
+                     static_cast<float>(color.alpha * gtk_widget_get_opacity(bin->child))};
+  const graphene_rect_t bounds{{0, 0},
+                               {static_cast<float>(bin->childWidth), static_cast<float>(bin->childHeight)}};
+  gtk_snapshot_save(snapshot);
+  gtk_snapshot_transform(snapshot, childTransform(bin, gtk_widget_get_width(GTK_WIDGET(bin)),
+                                                  gtk_widget_get_height(GTK_WIDGET(bin))));
+  gtk_snapshot_append_color(snapshot, &rgba, &bounds);
+  gtk_snapshot_restore(snapshot);
+}
+
+static void layerBinSnapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
+  LumoLayerBin* bin = LUMO_LAYER_BIN(widget);
+  if (bin->child != nullptr) {
+    if (bin->state->background && gtk_widget_get_child_visible(bin->child)) {
+      drawBackground(bin, snapshot);
+    }
+    gtk_widget_snapshot_child(widget, bin->child, snapshot);
   }
-  gtk_widget_snapshot_child(widget, bin->child, snapshot);
+}
+
+// Where the child is not, clicks belong to what lies below.
+static gboolean layerBinContains(GtkWidget* /*widget*/, double /*x*/, double /*y*/) {
+  return FALSE;
 }
 
 static void layerBinSetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
@@ -140,6 +162,7 @@ static void lumo_layer_bin_class_init(LumoLayerBinClass* klass) {
   widgetClass->measure = layerBinMeasure;
   widgetClass->size_allocate = layerBinAllocate;
   widgetClass->snapshot = layerBinSnapshot;
+  widgetClass->contains = layerBinContains;
   GObjectClass* objectClass = G_OBJECT_CLASS(klass);
   objectClass->set_property = layerBinSetProperty;
   objectClass->get_property = layerBinGetProperty;

@@ -40,6 +40,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   struct Navigation {
     // What was asked for by load or loadHTMLString; empty for what the page began itself.
     std::string requested;
+    // A text of the system's own that has no address.
+    bool addressless = false;
     // A page of the system's own making, or an address that really is about:blank.
     bool blankExpected = false;
     Millis timeout{0};
@@ -51,6 +53,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   WebKitWebView* engineView();
   void connectEngine();
   std::string userAgentNow() const;
+  void applyUserAgent();
   UrlRequest frameRequest() const;
 
   void loadChanged(WebKitLoadEvent event);
@@ -71,10 +74,12 @@ class LinuxWebView final : public LinuxView, public WebView {
   WebViewDelegate* delegate_ = nullptr;
   std::optional<std::string> customUserAgent_;
   Navigation navigation_;
-  // What load was asked for last, until the engine says that it has started.
+  // What was asked for last, until it commits or fails.
   std::optional<Navigation> requested_;
   std::uint64_t timerSerial_ = 0;
   std::optional<Url> decidedUrl_;
+  // The page that is shown has no address.
+  bool addressless_ = false;
 };
 
 }  // namespace platform

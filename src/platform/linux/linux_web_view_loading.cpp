@@ -32,7 +32,7 @@ void LinuxWebView::load(const UrlRequest& request) {
     }
   }
   stopTimer();
-  requested_ = Navigation{address, address.starts_with(kBlankPage), request.timeout, false, false};
+  requested_ = Navigation{address, false, address.starts_with(kBlankPage), request.timeout, false, false};
   webkit_web_view_load_request(web, asked);
   g_object_unref(asked);
 }
@@ -40,7 +40,7 @@ void LinuxWebView::load(const UrlRequest& request) {
 void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<Url>& base) {
   WebKitWebView* web = engineView();
   stopTimer();
-  requested_ = Navigation{base ? base->absoluteString() : kBlankPage, true, Millis{0}, false, false};
+  requested_ = Navigation{base ? base->absoluteString() : kBlankPage, !base, true, Millis{0}, false, false};
   webkit_web_view_load_html(web, html.c_str(), base ? base->absoluteString().c_str() : nullptr);
 }
 
@@ -69,8 +69,8 @@ void LinuxWebView::timeOut(std::uint64_t serial) {
 void LinuxWebView::loadChanged(WebKitLoadEvent event) {
   switch (event) {
     case WEBKIT_LOAD_STARTED:
+      // The start may still be that of a load which this one has replaced; its own then follows.
       navigation_ = requested_.value_or(Navigation{});
-      requested_.reset();
       startTimer();
       if (delegate_ != nullptr) {
         delegate_->webView_didStartProvisionalNavigation(*this);
@@ -93,6 +93,8 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
 }
 
 void LinuxWebView::committed() {
+  requested_.reset();
+  addressless_ = navigation_.addressless;
   const char* uri = webkit_web_view_get_uri(web_);
   if (navigation_.requested.empty() || navigation_.blankExpected || uri == nullptr ||
       std::strcmp(uri, kBlankPage) != 0) {
@@ -117,6 +119,7 @@ bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GErr
     // A newer load has taken this one's place; an error page now would replace the new page.
     return true;
   }
+  requested_.reset();
   WebError failure{error->code, error->message, std::nullopt};
   if (uri != nullptr && *uri != '\0') {
     failure.failingUrlString = uri;
