@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/strings.h"
-#include "tests/contract/web_recorder.h"
+#include "tests/contract/engine_test.h"
 
 // The web engine against a server on the loopback interface.
 
@@ -12,11 +12,9 @@ namespace {
 
 using platform::CachePolicy;
 using platform::HeaderFields;
-using platform::Image;
 using platform::Millis;
 using platform::NavigationPolicy;
 using platform::PropertyList;
-using platform::Rect;
 using platform::Url;
 using platform::UrlRequest;
 using platform::WebError;
@@ -24,77 +22,8 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
-class LinuxWebViewTest : public ToolkitTest<LinuxToolkit> {
- protected:
-  void SetUp() override {
-    ToolkitTest<LinuxToolkit>::SetUp();
-    page("/", "<p>home</p>");
-    page("/next", "<p>next</p>");
-    delegate.server = peer.url("");
-    web = harness.windows().makeWebView(all);
-    web->setDelegate(&delegate);
-    window->contentView().addSubviewAbove(*web, nullptr);
-  }
-  void TearDown() override { web.reset(); }
-
-  // Answers `path` with a page and these fields, and counts and keeps the requests.
-  void page(const std::string& path, const std::string& body, const std::string& fields = "") {
-    peer.answer(path, [this, path, body, fields](PeerConnection& connection) {
-      {
-        const std::lock_guard lock(mutex);
-        headers[path].push_back(connection.header());
-      }
-      connection.send("HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nConnection: close\r\n" +
-                      fields + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
-    });
-  }
-  void silentPage(const std::string& path) {
-    peer.answer(path, [this, path](PeerConnection& connection) {
-      {
-        const std::lock_guard lock(mutex);
-        headers[path].push_back(connection.header());
-      }
-      connection.waitUntilClientGoes();
-    });
-  }
-  std::vector<std::string> requestsOf(const std::string& path) {
-    const std::lock_guard lock(mutex);
-    return headers[path];
-  }
-  UrlRequest request(const std::string& path) {
-    return {*Url::parse(peer.url(path)), CachePolicy::UseProtocolCachePolicy, Millis{0}, {}};
-  }
-  bool heard(const std::string& entry) {
-    return harness.runUntil([&] { return delegate.hasHeard(entry); });
-  }
-  void load(const std::string& path) {
-    delegate.heard.clear();
-    web->load(request(path));
-    ASSERT_TRUE(heard("finish at " + path)) << testing::PrintToString(delegate.heard);
-  }
-  // The value of a script; fails when it does not come.
-  std::optional<PropertyList> value(const std::string& script) {
-    std::optional<PropertyList> found;
-    bool done = false;
-    web->evaluateJavaScript(script, [&](std::optional<PropertyList> result, std::optional<WebError> error) {
-      EXPECT_FALSE(done);
-      EXPECT_FALSE(error) << error->localizedDescription;
-      found = std::move(result);
-      done = true;
-    });
-    EXPECT_TRUE(harness.runUntil([&] { return done; })) << script;
-    return found;
-  }
-  WebKitWebView* engine() { return WEBKIT_WEB_VIEW(LinuxToolkit::widget(*web)); }
-
-  std::mutex mutex;
-  std::map<std::string, std::vector<std::string>> headers;
-  HttpPeer peer;
-  WebRecorder delegate;
-  std::unique_ptr<platform::WebView> web;
-};
+class LinuxWebViewTest : public EngineTest {};
 
 TEST_F(LinuxWebViewTest, AsksTheServerWithTheGivenFieldsAndAgent) {
   peer.start();
@@ -303,194 +232,6 @@ TEST_F(LinuxWebViewTest, FramesInsideThePageAreAskedForToo) {
   EXPECT_EQ(delegate.count("finish at /framed"), 1U);
 }
 
-TEST_F(LinuxWebViewTest, ShowsATextOfTheSystemsOwn) {
-  peer.start();
-  web->loadHTMLString("<p>Störung</p>", std::nullopt);
-  ASSERT_TRUE(heard("finish at nothing")) << testing::PrintToString(delegate.heard);
-  EXPECT_EQ(value("document.body.textContent"), PropertyList("Störung"));
-  EXPECT_FALSE(web->url());
-  web->loadHTMLString("<p>based</p>", Url::parse(peer.url("/next")));
-  ASSERT_TRUE(heard("finish at /next")) << testing::PrintToString(delegate.heard);
-  EXPECT_EQ(value("document.body.textContent"), PropertyList("based"));
-  EXPECT_THAT(requestsOf("/next"), IsEmpty());
-  EXPECT_THAT(delegate.errors, IsEmpty());
-  load("/");
-}
-
-TEST_F(LinuxWebViewTest, ScriptsGiveTheirValues) {
-  peer.start();
-  load("/");
-  EXPECT_EQ(value("undefined"), std::nullopt);
-  EXPECT_EQ(value("null"), std::nullopt);
-  EXPECT_EQ(value("1 === 1"), PropertyList(true));
-  EXPECT_EQ(value("6 * 7"), PropertyList(42));
-  EXPECT_EQ(value("1.5"), PropertyList(1.5));
-  EXPECT_EQ(value("'Grüße'"), PropertyList("Grüße"));
-  EXPECT_EQ(value("[1, 'two', [true]]"),
-            PropertyList(platform::Array{PropertyList(1), PropertyList("two"),
-                                         PropertyList(platform::Array{PropertyList(true)})}));
-  EXPECT_EQ(
-      value("({a: 1, b: {c: 'd'}})"),
-      PropertyList(platform::Dictionary{
-          {"a", PropertyList(1)}, {"b", PropertyList(platform::Dictionary{{"c", PropertyList("d")}})}}));
-}
-
-TEST_F(LinuxWebViewTest, AScriptThatThrowsGivesAnErrorOnce) {
-  peer.start();
-  load("/");
-  std::vector<std::string> errors;
-  for (const char* script : {"throw new Error('broken')", "1 +", "nobody.knows"}) {
-    web->evaluateJavaScript(script, [&](std::optional<PropertyList> result, std::optional<WebError> error) {
-      EXPECT_FALSE(result);
-      errors.push_back(error ? error->localizedDescription : "no error");
-    });
-  }
-  EXPECT_TRUE(harness.runUntil([&] { return errors.size() == 3; }));
-  EXPECT_THAT(errors, Contains(HasSubstr("broken")));
-  EXPECT_THAT(errors, Not(Contains("no error")));
-}
-
-TEST_F(LinuxWebViewTest, APictureHasTheSizeOfTheLaidOutView) {
-  page("/long", "<body style='margin:0;background:#00f'><div style='height:14047px;background:#f00'></div>");
-  peer.start();
-  web->setFrame({0, 0, 505, 14047});
-  load("/long");
-  EXPECT_TRUE(harness.runUntil([&] { return gtk_widget_get_height(LinuxToolkit::widget(*web)) == 14047; }));
-  std::optional<Image> picture;
-  int answers = 0;
-  web->takeSnapshot([&](std::optional<Image> image) {
-    picture = std::move(image);
-    ++answers;
-  });
-  ASSERT_TRUE(harness.runUntil([&] { return answers > 0; }));
-  ASSERT_TRUE(picture);
-  EXPECT_EQ(picture->width, 505);
-  EXPECT_EQ(picture->height, 14047);
-  ASSERT_EQ(picture->pixels.size(), 505U * 14047U * 4U);
-  const auto pixel = [&](std::size_t x, std::size_t y) {
-    const std::size_t at = (y * 505 + x) * 4;
-    return std::vector{
-        std::to_integer<int>(picture->pixels[at]), std::to_integer<int>(picture->pixels[at + 1]),
-        std::to_integer<int>(picture->pixels[at + 2]), std::to_integer<int>(picture->pixels[at + 3])};
-  };
-  EXPECT_THAT(pixel(10, 10), ElementsAre(255, 0, 0, 255));
-  EXPECT_THAT(pixel(500, 14040), ElementsAre(255, 0, 0, 255));
-  EXPECT_EQ(window->frame().height, 480);
-  EXPECT_EQ(answers, 1);
-}
-
-TEST_F(LinuxWebViewTest, GoesBackAndForward) {
-  peer.start();
-  web->goBack();
-  load("/");
-  load("/next");
-  delegate.heard.clear();
-  web->goBack();
-  EXPECT_TRUE(heard("finish at /"));
-  web->goForward();
-  EXPECT_TRUE(heard("finish at /next"));
-  EXPECT_EQ(web->estimatedProgress(), 1);
-}
-
-TEST_F(LinuxWebViewTest, PanelsOfThePageGetTheirAnswers) {
-  peer.start();
-  load("/");
-  std::vector<std::optional<PropertyList>> values;
-  const auto run = [&](const std::string& script) {
-    web->evaluateJavaScript(script, [&](std::optional<PropertyList> result, std::optional<WebError> error) {
-      EXPECT_FALSE(error);
-      values.push_back(std::move(result));
-    });
-  };
-  const auto asked = [&](const std::string& entry) { EXPECT_TRUE(heard(entry)) << entry; };
-  const auto answered = [&](std::size_t count) {
-    EXPECT_TRUE(harness.runUntil([&] { return values.size() == count; })) << count;
-  };
-  run("alert('Hallo'); 'went on'");
-  asked("alert Hallo of /");
-  EXPECT_THAT(values, IsEmpty());
-  std::exchange(delegate.alertDone, nullptr)();
-  answered(1);
-  run("confirm('Sure?')");
-  asked("confirm Sure?");
-  std::exchange(delegate.confirmDone, nullptr)(true);
-  answered(2);
-  run("confirm('Still?')");
-  asked("confirm Still?");
-  std::exchange(delegate.confirmDone, nullptr)(false);
-  answered(3);
-  run("prompt('Name?', 'Max')");
-  asked("prompt Name? Max");
-  std::exchange(delegate.promptDone, nullptr)("Grüße");
-  answered(4);
-  run("prompt('Name?', 'Eva')");
-  asked("prompt Name? Eva");
-  std::exchange(delegate.promptDone, nullptr)(std::nullopt);
-  answered(5);
-  // A question whose handler is dropped does not keep the page waiting.
-  run("confirm('Dropped?')");
-  asked("confirm Dropped?");
-  delegate.confirmDone = nullptr;
-  answered(6);
-  EXPECT_THAT(values, ElementsAre(PropertyList("went on"), PropertyList(true), PropertyList(false),
-                                  PropertyList("Grüße"), std::nullopt, PropertyList(false)));
-}
-
-TEST_F(LinuxWebViewTest, ANewWindowIsTheDelegatesAffair) {
-  page("/opener", "<a id='link' target='_blank' href='/next'>x</a>");
-  peer.start();
-  load("/opener");
-  value("void document.getElementById('link').click()");
-  EXPECT_TRUE(heard("new window /next"));
-  delegate.newWindow = web.get();
-  value("void document.getElementById('link').click()");
-  EXPECT_TRUE(heard("finish at /next"));
-  EXPECT_EQ(delegate.count("new window /next"), 2U);
-  EXPECT_EQ(requestsOf("/next").size(), 1U);
-}
-
-TEST_F(LinuxWebViewTest, AProcessThatEndsIsReportedAndTheNextLoadWorks) {
-  peer.start();
-  load("/");
-  webkit_web_view_terminate_web_process(engine());
-  ASSERT_TRUE(heard("terminated"));
-  EXPECT_EQ(delegate.count("terminated"), 1U);
-  load("/next");
-  EXPECT_EQ(value("document.body.textContent"), PropertyList("next"));
-}
-
-TEST_F(LinuxWebViewTest, AProcessThatEndsDuringALoadLeavesNothingBehind) {
-  silentPage("/silent");
-  peer.start();
-  load("/");
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{200};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
-  webkit_web_view_terminate_web_process(engine());
-  ASSERT_TRUE(heard("terminated"));
-  load("/next");
-  bool later = false;
-  harness.dispatch().main().after(Millis{400}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
-  EXPECT_FALSE(delegate.hasHeard("provisional failure -1001"));
-}
-
-TEST_F(LinuxWebViewTest, AViewThatGoesAnswersNobodyAnyMore) {
-  silentPage("/silent");
-  peer.start();
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{100};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
-  web.reset();
-  delegate.heard.clear();
-  bool later = false;
-  harness.dispatch().main().after(Millis{300}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
-  EXPECT_THAT(delegate.heard, IsEmpty());
-}
-
 TEST_F(LinuxWebViewTest, WithoutTheCacheEveryLoadReachesTheServer) {
   page("/kept", "<p>kept</p>", "Cache-Control: max-age=3600\r\n");
   peer.start();
@@ -499,45 +240,6 @@ TEST_F(LinuxWebViewTest, WithoutTheCacheEveryLoadReachesTheServer) {
   load("/");
   load("/kept");
   EXPECT_EQ(requestsOf("/kept").size(), 2U);
-}
-
-TEST(DormantWebViewTest, CostsNothingUntilItIsUsed) {
-  LinuxToolkit harness;
-  const auto window = harness.windows().loadWindow("MyWebViewWindowController");
-  ASSERT_NE(window, nullptr);
-  window->makeKeyAndOrderFront();
-  ASSERT_TRUE(harness.runUntil([&] { return window->contentView().frame().width > 0; }));
-  auto* legacy = dynamic_cast<platform::WebView*>(window->viewNamed("ibWebView"));
-  ASSERT_NE(legacy, nullptr);
-  GtkWidget* place = LinuxToolkit::widget(*legacy);
-  legacy->setHidden(true);
-  legacy->setCustomUserAgent("Lumo/2.0");
-  EXPECT_EQ(legacy->stringByEvaluatingJavaScriptFromString("navigator.userAgent"), "Lumo/2.0");
-  std::optional<PropertyList> agent;
-  legacy->evaluateJavaScript(
-      "navigator.userAgent",
-      [&](std::optional<PropertyList> result, std::optional<WebError>) { agent = std::move(result); });
-  EXPECT_EQ(agent, PropertyList("Lumo/2.0"));
-  EXPECT_FALSE(legacy->url());
-  EXPECT_EQ(legacy->estimatedProgress(), 0);
-  legacy->goBack();
-  EXPECT_EQ(gtk_widget_get_first_child(place), nullptr);
-
-  legacy->setHidden(false);
-  ASSERT_NE(gtk_widget_get_first_child(place), nullptr);
-  HttpPeer peer;
-  std::atomic<bool> named{false};
-  peer.answer("/", [&](PeerConnection& connection) {
-    named = connection.header().find("User-Agent: Lumo/2.0\r\n") != std::string::npos;
-    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx");
-  });
-  peer.start();
-  WebRecorder delegate;
-  legacy->setDelegate(&delegate);
-  legacy->load({*Url::parse(peer.url("/")), {}, Millis{0}, {}});
-  EXPECT_TRUE(harness.runUntil([&] { return delegate.hasHeard("finish at " + peer.url("/")); }));
-  EXPECT_TRUE(named);
-  legacy->setDelegate(nullptr);
 }
 
 }  // namespace

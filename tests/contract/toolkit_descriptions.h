@@ -55,7 +55,9 @@ inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
       <property name="title">Contract</property>
       <property name="default-width">640</property><property name="default-height">480</property>
       <style><class name="lumo-browser"/></style>
-      <property name="titlebar"><object class="GtkBox"><property name="visible">0</property></object></property>
+      <property name="titlebar">
+        <object class="GtkBox"><property name="visible">0</property></object>
+      </property>
       <property name="child"><object class="GtkOverlay" id="sheetRoot"><property name="child">
         <object class="GtkOverlay"><property name="child">)" +
                              layer(content) + "</property><child type=\"overlay\">" + layer(overlay) +
