@@ -184,14 +184,14 @@ TEST_F(LinuxWebPageTest, AProcessThatEndsDuringALoadLeavesNothingBehind) {
   peer.start();
   load("/");
   UrlRequest asked = request("/silent");
-  asked.timeout = Millis{200};
+  asked.timeout = Millis{1000};
   web->load(asked);
   ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
   webkit_web_view_terminate_web_process(engine());
   ASSERT_TRUE(heard("terminated"));
   load("/next");
   bool later = false;
-  harness.dispatch().main().after(Millis{400}, [&] { later = true; });
+  harness.dispatch().main().after(Millis{1100}, [&] { later = true; });
   EXPECT_TRUE(harness.runUntil([&] { return later; }));
   EXPECT_FALSE(delegate.hasHeard("provisional failure -1001"));
 }
@@ -200,13 +200,13 @@ TEST_F(LinuxWebPageTest, AViewThatGoesAnswersNobodyAnyMore) {
   silentPage("/silent");
   peer.start();
   UrlRequest asked = request("/silent");
-  asked.timeout = Millis{100};
+  asked.timeout = Millis{1000};
   web->load(asked);
   ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
   web.reset();
   delegate.heard.clear();
   bool later = false;
-  harness.dispatch().main().after(Millis{300}, [&] { later = true; });
+  harness.dispatch().main().after(Millis{1100}, [&] { later = true; });
   EXPECT_TRUE(harness.runUntil([&] { return later; }));
   EXPECT_THAT(delegate.heard, IsEmpty());
 }

@@ -77,12 +77,14 @@ TEST_F(LinuxWebViewTest, APageThatHasBegunToComeDoesNotTimeOut) {
     connection.send("<p>end");
   });
   peer.start();
+  // The time-out is for the server and not for the start of a process.
+  load("/");
   UrlRequest asked = request("/slow");
-  asked.timeout = Millis{400};
+  asked.timeout = Millis{1500};
   web->load(asked);
   EXPECT_TRUE(heard("response 200 at /slow"));
   bool later = false;
-  harness.dispatch().main().after(Millis{900}, [&] { later = true; });
+  harness.dispatch().main().after(Millis{1700}, [&] { later = true; });
   EXPECT_TRUE(harness.runUntil([&] { return later; }));
   goOn = true;
   goOn.notify_all();
