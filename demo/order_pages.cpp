@@ -5,6 +5,7 @@
 #include "code39.h"
 #include "embedded_pages.h"
 #include "text.h"
+#include "trial_routes.h"
 
 namespace juniva {
 namespace {
@@ -168,6 +169,24 @@ std::string OrderPages::message(const Message& message) const {
                    {"link-text", message.linkText}};
   if (!message.detail.empty()) values["detail"] = "<code>" + htmlEscape(message.detail) + "</code>";
   return layout("message", message.title, 0, fillTemplate(embeddedPage("message.html"), values));
+}
+
+std::string OrderPages::trial(const Order& order) const {
+  Values values = {{"code", order.code}};
+  std::string& releases = values["releases"];
+  for (const std::string_view path : kReleasePaths) {
+    releases += "<a class=\"button quiet\" href=\"" + std::string(path) +
+                "?code=" + percentEncode(order.code) + "\">" + std::string(path) + "</a>";
+  }
+  return layout("trial", "Try the kiosk", 0, fillTemplate(embeddedPage("try.html"), values));
+}
+
+std::string OrderPages::dialogs() const {
+  return layout("dialogs", "Dialogs", 0, std::string(embeddedPage("dialogs.html")));
+}
+
+std::string OrderPages::login() const {
+  return layout("login", "Log in", 0, std::string(embeddedPage("login.html")));
 }
 
 }  // namespace juniva

@@ -36,6 +36,11 @@ class OrderPages {
   std::string confirmation(const Order& order) const;
   std::string receipt(const Order& order) const;
   std::string message(const Message& message) const;
+  // The way to everything that can be tried; `order` is the one that the pages are about.
+  std::string trial(const Order& order) const;
+  // Asks for an alert, a confirmation and a text.
+  std::string dialogs() const;
+  std::string login() const;
 
  private:
   // `name` tells the scripts which page it is; `step` from 1 to 4 shows where the customer is, 0 shows

@@ -1,9 +1,11 @@
 #include "order_routes.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "text.h"
+#include "trial_routes.h"
 
 namespace juniva {
 namespace {
@@ -113,14 +115,15 @@ Response placeOrder(Shop& shop, const Request& request) {
   return redirect(303, "/registrationorders/confirmation?code=" + percentEncode(code));
 }
 
-// Answers with what `show` makes of the order that the query names.
+// Answers with what `show` makes of the order that the query or the form names.
 template <typename Show>
 Response withOrder(const Shop& shop, const Request& request, Show show) {
-  const std::optional<FormData> query = FormData::parse(request.query);
-  if (!query) return badForm(shop);
-  const std::string code = query->text("code");
+  const std::optional<FormData> form =
+      request.method == "POST" ? formOfRequest(request) : FormData::parse(request.query);
+  if (!form) return badForm(shop);
+  const std::string code = form->text("code");
   if (code.empty()) return badRequest(shop, "An order code is missing, as in ?code=A-1042.");
-  const Order* order = shop.orders.find(code);
+  const Order* order = code == sampleOrder().code ? &sampleOrder() : shop.orders.find(code);
   if (order == nullptr) {
     return errorPage(shop, 404,
                      {.title = "There is no such order",
@@ -217,9 +220,6 @@ RouteTable makeOrderRoutes(Shop& shop) {
        {"GET"},
        [&shop](const Request& request) { return receipt(shop, request); },
        {{"Glimmerpad-Plus-Print", "Receipt"}, {"Scan-Return", "registrationorders"}}},
-      {start + "/photostationdata",
-       {"GET"},
-       [&shop](const Request& request) { return photoStationData(shop, request); }},
       {"/registration/save", {"GET"}, [&shop](const Request&) { return registrationSave(shop); }},
       {start + "/cacheable",
        {"GET"},
@@ -228,6 +228,13 @@ RouteTable makeOrderRoutes(Shop& shop) {
       {start + "/slow", {"GET"}, [&shop](const Request& request) { return slow(shop, request); }},
       {start + "/silent", {"GET"}, [](const Request&) { return silence(); }},
   };
+  for (const std::string_view path : kReleasePaths) {
+    routes.push_back({std::string(path), {"GET", "POST"}, [&shop](const Request& request) {
+                        return photoStationData(shop, request);
+                      }});
+  }
+  std::vector<Route> trials = trialRoutes(shop.pages);
+  std::move(trials.begin(), trials.end(), std::back_inserter(routes));
   return RouteTable(
       std::move(routes),
       {.notFound = [&shop](const Request& request) { return notFound(shop, request); },

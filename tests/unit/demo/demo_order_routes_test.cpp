@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "demo/order_routes.h"
+#include "demo/trial_routes.h"
 
 namespace juniva {
 namespace {
@@ -100,6 +101,49 @@ TEST_F(DemoOrderRoutes, TheStationIsToldInHeaders) {
   EXPECT_EQ(headerValue(response, "lumo-reg-code"), "A-1042");
   EXPECT_EQ(headerValue(response, "lumo-reg-name"), "Zoë B");
   EXPECT_EQ(headerValue(response, "lumo-reg-ordertext"), "2+x+Clara+13+×+18+cm,+total+€5.80");
+}
+
+TEST_F(DemoOrderRoutes, EveryReleasePathTellsTheStationByLinkAndByForm) {
+  for (const std::string_view path : kReleasePaths) {
+    for (const Response& response :
+         {get(std::string(path), "code=DEMO-1"), post(std::string(path), "code=DEMO-1")}) {
+      EXPECT_EQ(response.status, 200) << path;
+      EXPECT_EQ(headerValue(response, "lumo-reg-code"), "DEMO-1") << path;
+      EXPECT_EQ(headerValue(response, "lumo-reg-name"), "Zoë Müller-Ørsted") << path;
+      EXPECT_NE(headerValue(response, "lumo-reg-ordertext").find('+'), std::string_view::npos) << path;
+    }
+    EXPECT_EQ(get(std::string(path)).status, 400) << path;
+  }
+  EXPECT_EQ(headerValue(get("/try/released"), "Location"),
+            "/registrationorders/photostationdata?code=DEMO-1");
+}
+
+TEST_F(DemoOrderRoutes, TheTrialPageLeadsToPagesThatExist) {
+  const std::string trial = get("/try").body;
+  EXPECT_EQ(trial.find("{{"), std::string::npos);
+  std::size_t links = 0;
+  for (std::size_t at = trial.find("href=\"/"); at != std::string::npos;
+       at = trial.find("href=\"/", at + 1)) {
+    const std::string link = trial.substr(at + 6, trial.find('"', at + 6) - at - 6);
+    if (link == "/nothing/here") continue;
+    const std::size_t mark = link.find('?');
+    const Response response =
+        get(link.substr(0, mark), mark == std::string::npos ? std::string() : link.substr(mark + 1));
+    EXPECT_LT(response.status, 400) << link;
+    ++links;
+  }
+  EXPECT_GE(links, 12u);
+}
+
+TEST_F(DemoOrderRoutes, TheScannerIsStartedAndClosedByHeaders) {
+  EXPECT_EQ(headerValue(get("/try/scan"), "Glimmerpad-Plus-Scanner"), "start");
+  EXPECT_EQ(headerValue(get("/try/scan"), "Scan-Return"), "registrationorders");
+  EXPECT_EQ(headerValue(get("/try/close"), "Glimmerpad-Plus-Scanner"), "close");
+}
+
+TEST_F(DemoOrderRoutes, TheLoginHasAFieldAndLeadsOn) {
+  EXPECT_TRUE(has(get("/login"), "<input id=\"login-code\""));
+  EXPECT_EQ(headerValue(post("/login", "code=x"), "Location"), "/registrationorders");
 }
 
 TEST_F(DemoOrderRoutes, AReceiptIsMarkedForPrinting) {

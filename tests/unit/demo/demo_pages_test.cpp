@@ -30,7 +30,7 @@ TEST(DemoEmbeddedPages, AreThere) {
   for (const std::string_view name :
        {"layout.html", "landing.html", "photos.html", "tile.html", "details.html", "thumb.html",
         "review.html", "review_line.html", "confirmation.html", "receipt.html", "receipt_line.html",
-        "message.html", "style.css", "order.js", "act.js"}) {
+        "message.html", "try.html", "dialogs.html", "login.html", "style.css", "order.js", "act.js"}) {
     EXPECT_FALSE(embeddedPage(name).empty()) << name;
   }
   EXPECT_TRUE(embeddedPage("none.html").empty());
