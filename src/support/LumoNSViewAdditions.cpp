@@ -12,7 +12,6 @@
 namespace lumo::LumoNSViewAdditions {
 
 using platform::Block;
-using platform::description;
 using platform::Dispatch;
 using platform::ImageView;
 using platform::Millis;

@@ -15,7 +15,6 @@ using platform::Alert;
 using platform::AlertResponse;
 using platform::Rect;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 Alert question(const std::string& text) {
   Alert alert;

@@ -57,7 +57,7 @@ class LinuxHttpHarness : public HttpHarness {
   std::string serving(int status, const HeaderFields& fields) override {
     std::string answer = "HTTP/1.1 " + std::to_string(status) + " Some Reason\r\nContent-Length: 4\r\n";
     for (const auto& [name, value] : fields) {
-      answer += name + ": " + value + "\r\n";
+      answer.append(name).append(": ").append(value).append("\r\n");
     }
     peer_.answer("/", answer + "\r\nbody");
     peer_.start();

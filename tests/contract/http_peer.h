@@ -82,7 +82,7 @@ class HttpPeer {
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), size);
+    (void)bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), size);
     getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
     port_ = ntohs(address.sin_port);
   }

@@ -269,6 +269,7 @@ TEST_F(LinuxHttpClientTest, TakesRequestsFromManyThreadsAndFromItsOwnCallbacks) 
   Results results;
   platform::LinuxHttpClient client;
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&] {
       for (int request = 0; request < 8; ++request) {

@@ -41,7 +41,7 @@ class SilentBus {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     (folder_ / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
-    bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
+    (void)bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
     listen(listener_.get(), 8);
   }
   ~SilentBus() { std::filesystem::remove_all(folder_); }

@@ -60,10 +60,11 @@ TEST_F(LinuxWebPageTest, AScriptThatThrowsGivesAnErrorOnce) {
   load("/");
   std::vector<std::string> errors;
   for (const char* script : {"throw new Error('broken')", "1 +", "nobody.knows"}) {
-    web->evaluateJavaScript(script, [&](std::optional<PropertyList> result, std::optional<WebError> error) {
-      EXPECT_FALSE(result);
-      errors.push_back(error ? error->localizedDescription : "no error");
-    });
+    web->evaluateJavaScript(
+        script, [&](const std::optional<PropertyList>& result, const std::optional<WebError>& error) {
+          EXPECT_FALSE(result);
+          errors.push_back(error ? error->localizedDescription : "no error");
+        });
   }
   EXPECT_TRUE(harness.runUntil([&] { return errors.size() == 3; }));
   EXPECT_THAT(errors, Contains(HasSubstr("broken")));
@@ -117,10 +118,11 @@ TEST_F(LinuxWebPageTest, PanelsOfThePageGetTheirAnswers) {
   load("/");
   std::vector<std::optional<PropertyList>> values;
   const auto run = [&](const std::string& script) {
-    web->evaluateJavaScript(script, [&](std::optional<PropertyList> result, std::optional<WebError> error) {
-      EXPECT_FALSE(error);
-      values.push_back(std::move(result));
-    });
+    web->evaluateJavaScript(script,
+                            [&](std::optional<PropertyList> result, const std::optional<WebError>& error) {
+                              EXPECT_FALSE(error);
+                              values.push_back(std::move(result));
+                            });
   };
   const auto asked = [&](const std::string& entry) { EXPECT_TRUE(heard(entry)) << entry; };
   const auto answered = [&](std::size_t count) {
@@ -226,7 +228,7 @@ TEST(DormantWebViewTest, CostsNothingUntilItIsUsed) {
   std::optional<PropertyList> agent;
   legacy->evaluateJavaScript(
       "navigator.userAgent",
-      [&](std::optional<PropertyList> result, std::optional<WebError>) { agent = std::move(result); });
+      [&](std::optional<PropertyList> result, const std::optional<WebError>&) { agent = std::move(result); });
   EXPECT_EQ(agent, PropertyList("Lumo/2.0"));
   EXPECT_FALSE(legacy->url());
   EXPECT_EQ(legacy->estimatedProgress(), 0);

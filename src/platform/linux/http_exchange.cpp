@@ -19,7 +19,7 @@ namespace platform {
 namespace {
 
 // No server that is looked for comes near these.
-constexpr std::size_t kMostHeaderBytes = 256 * 1024;
+constexpr std::size_t kMostHeaderBytes = std::size_t{256} * 1024;
 constexpr std::size_t kMostFields = 1000;
 constexpr long kMostRedirects = 20;
 
@@ -145,7 +145,7 @@ void HttpExchange::finish(CURLcode code) {
   end(std::move(result));
 }
 
-void HttpExchange::fail(std::string error) {
+void HttpExchange::fail(std::string_view error) {
   HttpResult result;
   result.error = validUtf8(error);
   end(std::move(result));

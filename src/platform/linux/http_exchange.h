@@ -23,7 +23,7 @@ class HttpExchange {
   // The transfer has ended with this code.
   void finish(CURLcode code);
   // Ends without an answer.
-  void fail(std::string error);
+  void fail(std::string_view error);
 
   CURL* handle() const { return easy_; }
 

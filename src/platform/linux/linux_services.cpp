@@ -19,7 +19,7 @@ constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 constexpr const char* kOptionsKey = "com.lumo.activation-options";
 // Far beyond what a person opens or selects as an address.
 constexpr std::size_t kMostItems = 1000;
-constexpr std::size_t kLongestText = 64 * 1024;
+constexpr std::size_t kLongestText = std::size_t{64} * 1024;
 
 constexpr const char* kInterfaces = R"(
 <node>
@@ -146,7 +146,7 @@ void called(GDBusConnection*, const char*, const char*, const char*, const char*
 
 }  // namespace
 
-void registerServices(GDBusConnection* connection, Handlers handlers) {
+void registerServices(GDBusConnection* connection, const Handlers& handlers) {
   static constexpr GDBusInterfaceVTable table = {called, nullptr, nullptr, {}};
   GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(kInterfaces, nullptr);
   for (GDBusInterfaceInfo** info = node->interfaces; *info != nullptr; ++info) {
