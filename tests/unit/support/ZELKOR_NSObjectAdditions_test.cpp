@@ -1,7 +1,10 @@
 #include "support/ZELKOR_NSObjectAdditions.h"
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
+#include "tests/fakes/captured_log.h"
 #include "tests/fakes/sim_dispatch.h"
 
 namespace additions = lumo::ZELKOR_NSObjectAdditions;
@@ -28,4 +31,12 @@ TEST(ZELKOR_NSObjectAdditions, EveryCallMakesAQueueOfItsOwn) {
   EXPECT_FALSE(additions::dispatchQueueSerialWithDebugLabel(dispatch, "label") ==
                additions::dispatchQueueSerialWithDebugLabel(dispatch, "label"));
   EXPECT_FALSE(additions::dispatchQueueSerial(dispatch) == additions::dispatchQueueSerial(dispatch));
+}
+
+TEST(ZELKOR_NSObjectAdditions, ThePathToSelfIsTheExecutablesAndLoggedThreeTimes) {
+  fakes::CapturedLog log;
+  const auto path = additions::pathToSelf();
+  ASSERT_TRUE(path);
+  EXPECT_TRUE(std::filesystem::equivalent(*path, "/proc/self/exe"));
+  EXPECT_EQ(log.count("pathToSelf = " + *path), 3U);
 }
