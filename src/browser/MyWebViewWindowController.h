@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -101,6 +103,16 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   // Whether this kiosk has a camera to scan with. It has none.
   bool hasCamera() const { return false; }
 
+  // The load indicator. Each change reaches it a little later, through a private queue and the main queue;
+  // one that a newer change has overtaken is dropped. Any thread. `fraction` is 0.0 to 1.0.
+  void startIndicator();
+  void stopIndicator();
+  void updateIndicator(double fraction);
+  // For the progress notifications of the legacy view, which nothing registers them for.
+  void handleWebViewProgressStarted(const platform::Notification& notification);
+  void handleWebViewProgressFinished(const platform::Notification& notification);
+  void handleWebViewProgressChanged(const platform::Notification& notification);
+
   // Window delegate.
   bool windowShouldClose(platform::Window& window) override;
   void windowDidResize(platform::Window& window) override;
@@ -144,6 +156,7 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void setUpOverlay();
   // The web views that commands act on: those that exist and are not hidden, the legacy one first.
   std::vector<platform::WebView*> visibleWebViews() const;
+  void changeIndicator(std::function<void(platform::ProgressIndicator&)> change);
 
   platform::Platform& platform_;
   platform::SerialQueue webviewProcessQueue_;
@@ -152,6 +165,9 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   std::vector<platform::NotificationCenter::Token> observers_;
   // While a toggle of the full-screen state waits on the main queue.
   bool toggleIsPosted_ = false;
+  // How many changes of the indicator were asked for, and the newest one that it shows (main queue only).
+  std::atomic<std::uint64_t> indicatorChanges_{0};
+  std::uint64_t shownIndicatorChange_ = 0;
   // Expires with the controller, for what is posted to the main queue.
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };
