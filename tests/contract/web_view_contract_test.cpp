@@ -77,7 +77,7 @@ class LinuxWeb : public WebHarness {
         "HTTP/1.1 " + std::to_string(status) +
         " Some Reason\r\nContent-Type: text/html\r\nContent-Length: 1\r\nConnection: close\r\n";
     for (const auto& [name, value] : fields) {
-      answer += name + ": " + value + "\r\n";
+      answer.append(name).append(": ").append(value).append("\r\n");
     }
     peer_.answer(path, answer + "\r\nx");
   }

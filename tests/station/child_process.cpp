@@ -25,7 +25,7 @@ std::string pathOf(const std::string& program) {
   std::string folders = path == nullptr ? "/usr/bin:/bin" : path;
   while (!folders.empty()) {
     const auto colon = folders.find(':');
-    const std::string candidate = folders.substr(0, colon) + "/" + program;
+    std::string candidate = folders.substr(0, colon) + "/" + program;
     if (access(candidate.c_str(), X_OK) == 0) {
       return candidate;
     }
@@ -36,6 +36,7 @@ std::string pathOf(const std::string& program) {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
+  result.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     result.push_back(text.data());
   }
@@ -84,8 +85,9 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const Enviro
   const std::string path = pathOf(command.front());
   std::vector<std::string> arguments = command;
   std::vector<std::string> settings;
+  settings.reserve(environment.size());
   for (const auto& [name, value] : environment) {
-    settings.push_back(name + "=" + value);
+    settings.push_back(std::string(name).append("=").append(value));
   }
   const std::vector<char*> argumentPointers = pointers(arguments);
   const std::vector<char*> settingPointers = pointers(settings);

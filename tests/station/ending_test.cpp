@@ -10,7 +10,6 @@ namespace station {
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 namespace {
 

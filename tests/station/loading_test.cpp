@@ -9,7 +9,6 @@
 namespace station {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 namespace {
 

@@ -46,7 +46,7 @@ std::string bytesOf(const HttpAnswer& answer) {
   std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\n";
   text += "Content-Type: " + answer.type + "\r\n";
   for (const auto& [name, value] : answer.headers) {
-    text += name + ": " + value + "\r\n";
+    text.append(name).append(": ").append(value).append("\r\n");
   }
   text += "Content-Length: " + std::to_string(answer.body.size()) + "\r\nConnection: close\r\n\r\n";
   return text + answer.body;
