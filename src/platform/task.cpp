@@ -98,21 +98,13 @@ std::string readToEnd(int descriptor) {
 }  // namespace
 
 std::optional<TaskResult> Task::run(const std::string& program, const std::vector<std::string>& arguments) {
-  std::array<int, 2> ends{-1, -1};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-    NSLog("Task: no pipe for %@: %@", program, std::generic_category().message(errno));
-    return std::nullopt;
-  }
-  const FileDescriptor reading(ends[0]);
-  FileDescriptor writing(ends[1]);
-  const auto process = spawn(program, arguments, writing.get());
-  // Only the child may hold this end, else the output never ends.
-  writing.reset();
-  if (!process) {
+  FileDescriptor reading;
+  const auto task = launch(program, arguments, reading);
+  if (!task) {
     return std::nullopt;
   }
   auto output = readToEnd(reading.get());
-  auto result = Task(*process).waitUntilExit();
+  auto result = task->waitUntilExit();
   result.standardOutput = std::move(output);
   return result;
 }
@@ -120,6 +112,24 @@ std::optional<TaskResult> Task::run(const std::string& program, const std::vecto
 std::shared_ptr<Task> Task::launch(const std::string& program, const std::vector<std::string>& arguments) {
   const auto process = spawn(program, arguments, -1);
   return process ? std::shared_ptr<Task>(new Task(*process)) : nullptr;
+}
+
+std::shared_ptr<Task> Task::launch(const std::string& program, const std::vector<std::string>& arguments,
+                                   FileDescriptor& output) {
+  std::array<int, 2> ends{-1, -1};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    NSLog("Task: no pipe for %@: %@", program, std::generic_category().message(errno));
+    return nullptr;
+  }
+  FileDescriptor reading(ends[0]);
+  // Only the child may hold this end, else the output never ends.
+  const FileDescriptor writing(ends[1]);
+  const auto process = spawn(program, arguments, writing.get());
+  if (!process) {
+    return nullptr;
+  }
+  output = std::move(reading);
+  return std::shared_ptr<Task>(new Task(*process));
 }
 
 TaskResult Task::waitUntilExit() {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/file_descriptor.h"
+
 namespace platform {
 
 // How a child process ended: its exit status, or the signal that killed it (the status is then 128 + signal).
@@ -31,6 +33,11 @@ class Task {
   // log, when the program cannot be started. Somebody has to call waitUntilExit once, else the ended child
   // stays in the process table as long as this program runs.
   static std::shared_ptr<Task> launch(const std::string& program, const std::vector<std::string>& arguments);
+
+  // The same, but with the program's standard output to be read from `output`; the reader sees its end when
+  // the last process that has it is gone.
+  static std::shared_ptr<Task> launch(const std::string& program, const std::vector<std::string>& arguments,
+                                      FileDescriptor& output);
 
   int processIdentifier() const { return process_; }
   // Blocks until the child has ended; any thread, as often as wanted.

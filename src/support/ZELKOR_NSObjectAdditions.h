@@ -14,7 +14,11 @@ platform::SerialQueue dispatchQueueSerialWithDebugLabel(platform::Dispatch& disp
 // The same without a label.
 platform::SerialQueue dispatchQueueSerial(platform::Dispatch& dispatch);
 
-// The full path of the running executable, links resolved; absent when the system does not tell.
+// The full path of the running executable, links resolved, as it was when the program was started; the log
+// says it three times. Absent when the system does not tell.
 std::optional<std::string> pathToSelf();
+// That path from what Linux's link to the executable says, and whether a file is there: without the mark of
+// one that was removed or replaced since the start, and with U+FFFD for bytes that are not UTF-8.
+std::optional<std::string> pathOfExecutable(std::string link, bool exists);
 
 }  // namespace lumo::ZELKOR_NSObjectAdditions

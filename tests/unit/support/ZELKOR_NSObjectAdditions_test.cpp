@@ -40,3 +40,12 @@ TEST(ZELKOR_NSObjectAdditions, ThePathToSelfIsTheExecutablesAndLoggedThreeTimes)
   EXPECT_TRUE(std::filesystem::equivalent(*path, "/proc/self/exe"));
   EXPECT_EQ(log.count("pathToSelf = " + *path), 3U);
 }
+
+TEST(ZELKOR_NSObjectAdditions, ThePathToSelfIsTheSameAfterTheFileHasGone) {
+  EXPECT_EQ(additions::pathOfExecutable("/opt/kiosk", true), "/opt/kiosk");
+  EXPECT_EQ(additions::pathOfExecutable("/opt/kiosk (deleted)", false), "/opt/kiosk");
+  EXPECT_EQ(additions::pathOfExecutable("/opt/kiosk (deleted)", true), "/opt/kiosk (deleted)");
+  EXPECT_EQ(additions::pathOfExecutable("/opt/kiosk", false), "/opt/kiosk");
+  EXPECT_EQ(additions::pathOfExecutable("/opt/k\xfcsten", true), "/opt/k\uFFFDsten");
+  EXPECT_EQ(additions::pathOfExecutable("", false), std::nullopt);
+}
