@@ -130,6 +130,9 @@ void MyWebViewWindowController::awakeFromNib() {
   if (ibWKWebView != nullptr) {
     ibWKWebView->setDelegate(this);
     ibWKWebView->setFrame(content.frame());
+    webViewHeight_ = std::make_shared<LayoutConstraint>(
+        LayoutConstraint{ibWKWebView->frame().height - content.frame().height});
+    ibWebViewContraintHeight = webViewHeight_;
   }
 }
 

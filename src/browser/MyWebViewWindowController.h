@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "browser/ReturnPage.h"
 #include "browser/Sender.h"
 #include "platform/notification_center.h"
 #include "platform/platform.h"
@@ -19,7 +20,7 @@ namespace lumo {
 
 class MyPreferencesWindowController;
 
-// A constraint of the window description that sets a length, in logical pixels.
+// A rule that makes a view this much higher than its superview, in logical pixels.
 struct LayoutConstraint {
   double constant = 0;
 };
@@ -54,11 +55,13 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   platform::ProgressIndicator* ibProgressIndicator2 = nullptr;
   platform::Overlay* ibChildWindow = nullptr;
   std::unique_ptr<MyPreferencesWindowController> myPreferencesWindowController;
+  // The rule that the web view's height follows, and its constant as it was loaded. While a receipt is laid
+  // out the constant is what the view then has more than its superview.
   std::weak_ptr<LayoutConstraint> ibWebViewContraintHeight;
   std::atomic<double> ibWebViewOriginalConstant{0};
   // True until the first page of the legacy view has loaded.
   std::atomic<bool> fFirstTime{false};
-  // True while a receipt is pictured and printed.
+  // True from the start of a receipt until the last one that was started has been printed.
   std::atomic<bool> fIsPrintingReceipt{false};
 
   // The one queue that all browser windows share for the printing sequence. Any thread.
@@ -71,6 +74,14 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void handleShowNavBarNotification(const platform::Notification& notification);
   // Applies prefForceFullScreen: posts the change of the window's frame to the main queue.
   void makeWindowFullScreen();
+
+  // Receipts. Lays the page out as a receipt, pictures it, goes back to `page` and prints the picture, in the
+  // order of the calls, behind the layer that tells the customer so. Without a picture nothing is printed.
+  // Any thread, while the controller lives.
+  void doPrintThisPageAndReturnToPage(const ReturnPage& page);
+  // Loads `page` into ibWKWebView, without time-out and header; where there is none, an alert says so. Any
+  // thread, while the controller lives.
+  void returnToLandingPageAfterPrinting(const ReturnPage& page);
 
   // The end of an order: each waits, sends the release message and then has the application end. Any thread.
   // `fields` are the header fields of the answer that released the order.
@@ -154,6 +165,24 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void windowDidLoad();
   void setUpUserAgents();
   void setUpOverlay();
+  // Something to do with this controller, on the main queue. The function that it is given to may be called
+  // on any thread and outlive the controller: then it does nothing.
+  using Act = std::function<void(MyWebViewWindowController&)>;
+  std::function<void(Act)> mainHandle();
+
+  struct PrintStep;
+  void startReceipt(const ReturnPage& page);
+  void layOutReceipt();
+  void queueOverlayStep();
+  void showReceiptOverlay();
+  void receiptPictured(std::optional<platform::Image> image, const ReturnPage& page);
+  void queuePrintStep(std::optional<platform::Image> image);
+  static void runPrintScript(const PrintStep& step);
+  void askForPrinter(const PrintStep& step);
+  void receiptEnded();
+  // What turns while a receipt is printed: the overlay's image, else all of the overlay.
+  platform::View& receiptProgressView();
+
   // The web views that commands act on: those that exist and are not hidden, the legacy one first.
   std::vector<platform::WebView*> visibleWebViews() const;
   void changeIndicator(std::function<void(platform::ProgressIndicator&)> change);
@@ -168,6 +197,18 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   // How many changes of the indicator were asked for, and the newest one that it shows (main queue only).
   std::atomic<std::uint64_t> indicatorChanges_{0};
   std::uint64_t shownIndicatorChange_ = 0;
+  // Owns what the outlet of the web view's height shows.
+  std::shared_ptr<LayoutConstraint> webViewHeight_;
+
+  // Receipts that were started and have not been printed yet.
+  int receipts_ = 0;
+  // Those of them whose page has not been pictured yet, and how the page was laid out before the first.
+  int receiptsToPicture_ = 0;
+  platform::Rect frameBeforeReceipts_;
+  platform::Rect superviewBeforeReceipts_;
+  // The window's level before the first receipt.
+  int levelBeforeReceipts_ = platform::kNormalWindowLevel;
+
   // Expires with the controller, for what is posted to the main queue.
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

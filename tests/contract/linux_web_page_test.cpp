@@ -12,6 +12,7 @@ namespace {
 using platform::Image;
 using platform::Millis;
 using platform::PropertyList;
+using platform::Rect;
 using platform::Url;
 using platform::UrlRequest;
 using platform::WebError;
@@ -98,6 +99,31 @@ TEST_F(LinuxWebPageTest, APictureHasTheSizeOfTheLaidOutView) {
   EXPECT_THAT(pixel(500, 14040), ElementsAre(255, 0, 0, 255));
   EXPECT_EQ(window->frame().height, 480);
   EXPECT_EQ(answers, 1);
+}
+
+TEST_F(LinuxWebPageTest, APictureRightAfterANewFrameIsOfThePageLaidOutInIt) {
+  page("/wide",
+       "<style>body{margin:0}div{height:20000px;background:#f00}"
+       "@media (width: 505px){div{background:#0f0}}</style><div></div>");
+  peer.start();
+  load("/wide");
+  const Rect usual = web->frame();
+  std::vector<std::vector<int>> pictures;
+  const auto note = [&](const std::optional<Image>& image) {
+    ASSERT_TRUE(image);
+    const auto* last = image->pixels.data() + image->pixels.size() - 4;
+    pictures.push_back(
+        {image->width, image->height, std::to_integer<int>(last[0]), std::to_integer<int>(last[1])});
+  };
+  web->setFrame({10, 0, 505, 14047.2080078125});
+  web->takeSnapshot(note);
+  web->takeSnapshot(note);
+  ASSERT_TRUE(harness.runUntil([&] { return pictures.size() == 2; }));
+  web->setFrame(usual);
+  web->takeSnapshot(note);
+  ASSERT_TRUE(harness.runUntil([&] { return pictures.size() == 3; }));
+  EXPECT_THAT(pictures, ElementsAre(ElementsAre(505, 14047, 0, 255), ElementsAre(505, 14047, 0, 255),
+                                    ElementsAre(usual.width, usual.height, 255, 0)));
 }
 
 TEST_F(LinuxWebPageTest, GoesBackAndForward) {

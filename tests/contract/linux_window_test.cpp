@@ -194,6 +194,48 @@ TEST_F(LinuxWindowTest, TheOverlayKeepsClicksFromThePage) {
       harness.runUntil([&] { return gtk_widget_pick(toplevel, 300, 300, GTK_PICK_DEFAULT) == second; }));
 }
 
+TEST_F(LinuxWindowTest, TheOverlayKeepsKeysFromThePageAndGivesThemBack) {
+  ASSERT_TRUE(window->makeFirstResponder(view("field")));
+  window->overlay()->orderFrontRegardless();
+  window->overlay()->orderFrontRegardless();
+  EXPECT_NE(focus(), widgetOf("field"));
+  EXPECT_FALSE(window->makeFirstResponder(view("field")));
+  window->overlay()->orderOut();
+  EXPECT_EQ(focus(), widgetOf("field"));
+}
+
+TEST_F(LinuxWindowTest, AQuestionOnTheOverlayGoesBeforeItAndThePageGetsTheKeysAfterBoth) {
+  ASSERT_TRUE(window->makeFirstResponder(view("field")));
+  window->overlay()->orderFrontRegardless();
+  window->overlay()->beginAlert(question("above"), noting("above"));
+  EXPECT_EQ(focus(), button("above", "OK"));
+  harness.answer(*window, "above", "OK");
+  EXPECT_FALSE(gtk_widget_is_sensitive(widgetOf("field")));
+  window->overlay()->orderOut();
+  EXPECT_EQ(focus(), widgetOf("field"));
+}
+
+TEST_F(LinuxWindowTest, AQuestionThatOutlivesTheOverlayGivesThePageItsKeys) {
+  ASSERT_TRUE(window->makeFirstResponder(view("field")));
+  window->overlay()->orderFrontRegardless();
+  window->beginAlert(question("later"), noting("later"));
+  window->overlay()->orderOut();
+  EXPECT_EQ(focus(), button("later", "OK"));
+  EXPECT_FALSE(gtk_widget_is_sensitive(widgetOf("field")));
+  harness.answer(*window, "later", "OK");
+  EXPECT_EQ(focus(), widgetOf("field"));
+}
+
+TEST_F(LinuxWindowTest, AnOverlayThatComesAboveAQuestionGivesThePageItsKeysInTheEnd) {
+  ASSERT_TRUE(window->makeFirstResponder(view("field")));
+  window->beginAlert(question("earlier"), noting("earlier"));
+  window->overlay()->orderFrontRegardless();
+  harness.answer(*window, "earlier", "OK");
+  EXPECT_FALSE(gtk_widget_is_sensitive(widgetOf("field")));
+  window->overlay()->orderOut();
+  EXPECT_EQ(focus(), widgetOf("field"));
+}
+
 TEST_F(LinuxWindowTest, TheOverlayIsPlacedByItsFrameOnTheDesktop) {
   window->setFrame({40, 30, 640, 480}, false);
   ASSERT_TRUE(harness.runUntil([&] { return window->frame() == Rect{40, 30, 640, 480}; }));

@@ -8,7 +8,17 @@ namespace platform {
 LinuxOverlay::LinuxOverlay(Dispatch& dispatch, LinuxWindow& window, GtkWidget* content)
     : dispatch_(dispatch), window_(window), content_(content) {
   markContentView(content_);
-  orderOut();
+  contentView().setHidden(true);
+}
+
+LinuxOverlay::~LinuxOverlay() {
+  g_clear_object(&focusBefore_);
+}
+
+GtkWidget* LinuxOverlay::below() const {
+  GtkWidget* bin = gtk_widget_get_parent(content_);
+  GtkWidget* parent = bin == nullptr ? nullptr : gtk_widget_get_parent(bin);
+  return parent != nullptr && GTK_IS_OVERLAY(parent) ? gtk_overlay_get_child(GTK_OVERLAY(parent)) : nullptr;
 }
 
 LayerState LinuxOverlay::layer() const {
@@ -65,10 +75,27 @@ bool LinuxOverlay::isVisible() const {
 }
 
 void LinuxOverlay::orderFrontRegardless() {
+  GtkWidget* page = below();
+  if (contentView().isHidden() && page != nullptr) {
+    // The layer itself takes the clicks only; keys would still go to whatever has the focus below.
+    GtkWidget* focus = window_.host() == nullptr ? nullptr : window_.host()->focusBelow();
+    const bool isBelow = focus != nullptr && gtk_widget_is_ancestor(focus, page) != FALSE;
+    focusBefore_ = isBelow ? GTK_WIDGET(g_object_ref(focus)) : nullptr;
+    gtk_widget_set_sensitive(page, FALSE);
+  }
   contentView().setHidden(false);
 }
 
 void LinuxOverlay::orderOut() {
+  GtkWidget* page = below();
+  if (!contentView().isHidden() && page != nullptr) {
+    gtk_widget_set_sensitive(page, TRUE);
+    if (focusBefore_ != nullptr && window_.host() != nullptr &&
+        gtk_widget_is_ancestor(focusBefore_, page) != FALSE) {
+      window_.host()->setFocusBelow(focusBefore_);
+    }
+    g_clear_object(&focusBefore_);
+  }
   contentView().setHidden(true);
 }
 

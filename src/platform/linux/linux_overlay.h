@@ -15,6 +15,9 @@ class LinuxWindow;
 class LinuxOverlay final : public Overlay {
  public:
   LinuxOverlay(Dispatch& dispatch, LinuxWindow& window, GtkWidget* content);
+  ~LinuxOverlay() override;
+  LinuxOverlay(const LinuxOverlay&) = delete;
+  LinuxOverlay& operator=(const LinuxOverlay&) = delete;
 
   void beginAlert(const Alert& alert, AlertCompletion completion) override;
   Rect frame() const override { return frame_; }
@@ -32,10 +35,14 @@ class LinuxOverlay final : public Overlay {
  private:
   LayerState layer() const;
   void setLayer(const LayerState& state);
+  // What the layer lies above, or null where the description has it elsewhere.
+  GtkWidget* below() const;
 
   Dispatch& dispatch_;
   LinuxWindow& window_;
   GtkWidget* content_;
+  // What has had the keyboard below, and gets it back.
+  GtkWidget* focusBefore_ = nullptr;
   Rect frame_;
   int level_ = kNormalWindowLevel;
 };

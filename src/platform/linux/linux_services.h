@@ -26,8 +26,7 @@ struct ServiceHandlers {
 // Registers the object /com/lumo/LumoBrowser with the interfaces org.freedesktop.Application and
 // com.lumo.LumoBrowser.Services on the connection. A request that is too large or makes no sense is answered
 // with an error and a line in the log; every other is answered as soon as it is taken.
-void registerServices(GDBusConnection* connection,
-                      const std::shared_ptr<const ServiceHandlers>& handlers);
+void registerServices(GDBusConnection* connection, const std::shared_ptr<const ServiceHandlers>& handlers);
 
 // Asks the copy that owns the name to come to the front and waits for its answer, `patience` at most. The
 // error text when that failed.

@@ -108,6 +108,27 @@ void snapshotTaken(GObject* view, GAsyncResult* result, gpointer data) {
   (*snapshot)->answer(std::move(image));
 }
 
+// A frame that was set is laid out with one of the next pictures of the window. A view that cannot become as
+// large as it was asked to be is pictured as it is then.
+constexpr int kLayoutPictures = 3;
+
+struct SnapshotAfterLayout {
+  std::shared_ptr<Snapshot> snapshot;
+  WebKitWebView* web;
+  const LinuxView* view;
+  int pictures = 0;
+
+  bool isLaidOut() const {
+    const Rect wanted = view->frame();
+    return gtk_widget_get_width(view->widget()) == static_cast<int>(std::floor(wanted.width)) &&
+           gtk_widget_get_height(view->widget()) == static_cast<int>(std::floor(wanted.height));
+  }
+  void take() const {
+    webkit_web_view_get_snapshot(web, WEBKIT_SNAPSHOT_REGION_VISIBLE, WEBKIT_SNAPSHOT_OPTIONS_NONE, nullptr,
+                                 snapshotTaken, new std::shared_ptr<Snapshot>(snapshot));
+  }
+};
+
 }  // namespace
 
 void LinuxWebView::evaluateJavaScript(const std::string& script, EvaluationCompletion completion) {
@@ -136,8 +157,24 @@ void LinuxWebView::takeSnapshot(std::function<void(std::optional<Image>)> comple
     }
     snapshot->answer(std::nullopt);
   });
-  webkit_web_view_get_snapshot(engineView(), WEBKIT_SNAPSHOT_REGION_VISIBLE, WEBKIT_SNAPSHOT_OPTIONS_NONE,
-                               nullptr, snapshotTaken, new std::shared_ptr<Snapshot>(snapshot));
+  WebKitWebView* web = engineView();
+  const SnapshotAfterLayout waiting{std::move(snapshot), web, this};
+  if (waiting.isLaidOut() || gtk_widget_get_mapped(widget()) == FALSE) {
+    waiting.take();
+    return;
+  }
+  gtk_widget_add_tick_callback(
+      widget(),
+      [](GtkWidget*, GdkFrameClock*, gpointer data) -> gboolean {
+        auto* later = static_cast<SnapshotAfterLayout*>(data);
+        if (!later->isLaidOut() && ++later->pictures < kLayoutPictures) {
+          return G_SOURCE_CONTINUE;
+        }
+        later->take();
+        return G_SOURCE_REMOVE;
+      },
+      new SnapshotAfterLayout(waiting),
+      [](gpointer data) { delete static_cast<SnapshotAfterLayout*>(data); });
 }
 
 }  // namespace platform

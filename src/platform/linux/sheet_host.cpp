@@ -159,6 +159,24 @@ void SheetHost::forget(const void* owner) {
   }
 }
 
+GtkWidget* SheetHost::focusBelow() const {
+  if (!layers_.empty()) {
+    return layers_.front().focusBefore;
+  }
+  GtkRoot* toplevel = root_ == nullptr ? nullptr : gtk_widget_get_root(GTK_WIDGET(root_));
+  return toplevel == nullptr ? nullptr : gtk_root_get_focus(toplevel);
+}
+
+void SheetHost::setFocusBelow(GtkWidget* widget) {
+  if (!layers_.empty()) {
+    GtkWidget*& focusBefore = layers_.front().focusBefore;
+    g_clear_object(&focusBefore);
+    focusBefore = widget == nullptr ? nullptr : GTK_WIDGET(g_object_ref(widget));
+  } else if (widget != nullptr) {
+    gtk_widget_grab_focus(widget);
+  }
+}
+
 SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& completion) {
   auto* card = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL,
                                        "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));

@@ -43,6 +43,10 @@ class SheetHost {
   // Drops everything that an owner still has waiting or shown, without answers.
   void forget(const void* owner);
 
+  // The widget that has the keyboard below all sheets, or gets it back when they have gone; may be null.
+  GtkWidget* focusBelow() const;
+  void setFocusBelow(GtkWidget* widget);
+
  private:
   struct Layer {
     const void* owner;
