@@ -124,6 +124,11 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void handleWebViewProgressFinished(const platform::Notification& notification);
   void handleWebViewProgressChanged(const platform::Notification& notification);
 
+  // Shows the page that tells of `error` in every visible web view, unless a newer address was asked for
+  // meanwhile; without an error only a line in the log. The settings follow 500 ms later where they are
+  // wanted. Any thread.
+  void handleWebViewError(const std::optional<platform::WebError>& error);
+
   // Window delegate.
   bool windowShouldClose(platform::Window& window) override;
   void windowDidResize(platform::Window& window) override;
@@ -194,6 +199,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   std::vector<platform::NotificationCenter::Token> observers_;
   // While a toggle of the full-screen state waits on the main queue.
   bool toggleIsPosted_ = false;
+  // How many pages the commands have asked for.
+  std::atomic<std::uint64_t> loads_{0};
   // How many changes of the indicator were asked for, and the newest one that it shows (main queue only).
   std::atomic<std::uint64_t> indicatorChanges_{0};
   std::uint64_t shownIndicatorChange_ = 0;

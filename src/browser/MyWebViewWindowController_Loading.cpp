@@ -50,6 +50,9 @@ void MyWebViewWindowController::ibGoButtonWK(const Sender& sender) {
   if (ibTextField != nullptr && plan.kind != GoPlan::Kind::Nothing) {
     ibTextField->setStringValue(plan.url ? plan.url->absoluteString() : plan.invalidAddress);
   }
+  if (plan.kind != GoPlan::Kind::Nothing) {
+    ++loads_;
+  }
   if (plan.kind == GoPlan::Kind::Load) {
     platform::UrlRequest request{
         *plan.url, platform::CachePolicy::ReloadIgnoringLocalCacheData, kLoadTimeout, {}};

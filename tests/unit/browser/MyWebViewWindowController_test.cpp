@@ -7,7 +7,6 @@ namespace {
 using browsertest::kBrowserWindow;
 using browsertest::kPreferencesWindow;
 using platform::NavigationPolicy;
-using platform::WebError;
 using testing::ElementsAre;
 
 constexpr const char* kAlreadyVisible =
@@ -103,28 +102,6 @@ TEST_F(BrowserPage, MayNavigateAndIsShown) {
 
   EXPECT_TRUE(page().browse("http://h/next"));
   EXPECT_EQ(page().lastPolicy(), NavigationPolicy::Allow);
-}
-
-TEST_F(BrowserPage, FailuresOfItsLoadAreLoggedAndTheWindowStays) {
-  set(lumo::prefRunningUrlString, "http://h/");
-  makeShown().ibGoButton({});
-  machine.journal.clear();
-  log.clear();
-  page().failProvisional(platform::kErrorTimedOut, "The request timed out.");
-  EXPECT_THAT(log.lines(), testing::Contains(testing::HasSubstr("didFailProvisionalNavigation:withError:")));
-
-  EXPECT_TRUE(page().startNavigation("http://h/2"));
-  page().fail(WebError{1, "The connection was lost.", "http://h/2"});
-  EXPECT_THAT(log.lines(), testing::Contains(testing::HasSubstr("webView:didFailNavigation:withError:")));
-  EXPECT_TRUE(window().isVisible());
-}
-
-TEST_F(BrowserPage, ANewWindowOpensInTheSameView) {
-  makeShown();
-
-  EXPECT_EQ(page().requestNewWindow("http://h/popup"), &page());
-  EXPECT_EQ(page().requests().back().url.absoluteString(), "http://h/popup");
-  EXPECT_THAT(machine.windows.loaded(), ElementsAre(kBrowserWindow));
 }
 
 }  // namespace
