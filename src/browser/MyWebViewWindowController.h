@@ -10,6 +10,7 @@
 
 #include "browser/ReturnPage.h"
 #include "browser/Sender.h"
+#include "browser/ServerRoutes.h"
 #include "platform/notification_center.h"
 #include "platform/platform.h"
 #include "platform/queue.h"
@@ -123,6 +124,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   void handleWebViewProgressStarted(const platform::Notification& notification);
   void handleWebViewProgressFinished(const platform::Notification& notification);
   void handleWebViewProgressChanged(const platform::Notification& notification);
+  // Begins a scan, which the station's scan program carries on.
+  void doTheScanProcess();
 
   // Shows the page that tells of `error` in every visible web view, unless a newer address was asked for
   // meanwhile; without an error only a line in the log. The settings follow 500 ms later where they are
@@ -188,6 +191,9 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   // What turns while a receipt is printed: the overlay's image, else all of the overlay.
   platform::View& receiptProgressView();
 
+  // Prints the page as a receipt when it has had the time to draw itself; later receipts wait their turn.
+  void printReceiptSoon(const ReturnPage& page);
+  void focusFieldSoon(platform::WebView& view);
   // The web views that commands act on: those that exist and are not hidden, the legacy one first.
   std::vector<platform::WebView*> visibleWebViews() const;
   void changeIndicator(std::function<void(platform::ProgressIndicator&)> change);
