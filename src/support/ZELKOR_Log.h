@@ -83,6 +83,14 @@ class ZELKOR_Log : public ZELKOR_Base {
   static void hexDumpOfData_usingBlock(const platform::Data& data,
                                        const std::function<void(std::string_view)>& block);
 
+  // As those of ZELKOR_Base, with the memory that cannot be paged out ("wiredMB").
+  static std::optional<platform::Dictionary> vmStats();
+  static std::string systemVersionInfo();
+  static std::string startupInfo();
+  // Whether the address is one by the usual expression of RFC 5322, whatever its case. Quick for a text of
+  // any length.
+  static bool validateEmailAddress(const std::string& emailAddress);
+
   // For observers that want no more than to observe: does nothing.
   void logFileDidUpdate(const platform::Notification& notification) const;
 };
