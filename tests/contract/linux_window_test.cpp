@@ -159,23 +159,27 @@ TEST_F(LinuxWindowTest, EscapeConcernsTheUppermostQuestion) {
 }
 
 TEST_F(LinuxWindowTest, AnAlertKeepsAllItsTextAndEveryButtonOnANarrowWindow) {
-  window->setFrame({0, 0, 400, 480}, false);
-  ASSERT_TRUE(harness.runUntil([&] { return window->frame().width == 400; }));
   Alert alert =
       question("A question that is rather long for such a small window, is it not?",
                {"The first of the answers", "The second of the answers", "The third of the answers"});
   alert.informativeText = "More to read.\n\n";
-  window->beginAlert(alert, {});
-  for (const platform::AlertButton& wanted : alert.buttons) {
-    GtkWidget* widget = button(alert.messageText, wanted.title);
-    ASSERT_NE(widget, nullptr);
-    graphene_rect_t bounds;
-    const auto inside = [&] {
-      return gtk_widget_compute_bounds(widget, GTK_WIDGET(LinuxToolkit::toplevel(*window)), &bounds) !=
-                 FALSE &&
-             bounds.size.width > 0 && bounds.origin.x >= 0 && bounds.origin.x + bounds.size.width <= 400;
-    };
-    EXPECT_TRUE(harness.runUntil(inside)) << bounds.origin.x << " " << bounds.size.width;
+  // The wider one is too narrow for the three beside each other, and for nothing else.
+  for (const int width : {400, 700}) {
+    window->setFrame({0, 0, double(width), 480}, false);
+    ASSERT_TRUE(harness.runUntil([&] { return window->frame().width == width; }));
+    window->beginAlert(alert, {});
+    for (const platform::AlertButton& wanted : alert.buttons) {
+      GtkWidget* widget = button(alert.messageText, wanted.title);
+      ASSERT_NE(widget, nullptr);
+      graphene_rect_t bounds;
+      const auto inside = [&] {
+        return gtk_widget_compute_bounds(widget, GTK_WIDGET(LinuxToolkit::toplevel(*window)), &bounds) !=
+                   FALSE &&
+               bounds.size.width > 0 && bounds.origin.x >= 0 && bounds.origin.x + bounds.size.width <= width;
+      };
+      EXPECT_TRUE(harness.runUntil(inside)) << bounds.origin.x << " " << bounds.size.width;
+    }
+    harness.answer(*window, alert.messageText, alert.buttons[0].title);
   }
 }
 

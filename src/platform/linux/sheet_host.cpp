@@ -12,9 +12,6 @@ namespace {
 // Sheets that are open in all windows: the application's actions are off while there is one.
 int openSheets = 0;
 
-// Below this width the buttons of an alert stand under each other.
-constexpr int kNarrowWidth = 620;
-
 GtkWidget* label(const std::string& text, const char* styleClass) {
   GtkWidget* widget = gtk_label_new(text.c_str());
   gtk_label_set_wrap(GTK_LABEL(widget), TRUE);
@@ -200,8 +197,7 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
     gtk_box_append(GTK_BOX(card), entry);
   }
 
-  const bool narrow = gtk_widget_get_width(GTK_WIDGET(root_)) < kNarrowWidth;
-  GtkWidget* row = gtk_box_new(narrow ? GTK_ORIENTATION_VERTICAL : GTK_ORIENTATION_HORIZONTAL, 12);
+  GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 12);
   gtk_widget_add_css_class(row, "lumo-alert-buttons");
   gtk_box_set_homogeneous(GTK_BOX(row), alert.buttons.size() < 3);
   gtk_box_append(GTK_BOX(card), row);
@@ -240,6 +236,12 @@ SheetCard SheetHost::makeAlertCard(const Alert& alert, const AlertCompletion& co
           widget);
     }
     gtk_box_append(GTK_BOX(row), widget);
+  }
+  // Where they do not fit beside each other (a portrait screen, large letters), they stand under each other.
+  int width = 0;
+  gtk_widget_measure(card, GTK_ORIENTATION_HORIZONTAL, -1, &width, nullptr, nullptr, nullptr);
+  if (width > gtk_widget_get_width(GTK_WIDGET(root_))) {
+    gtk_orientable_set_orientation(GTK_ORIENTABLE(row), GTK_ORIENTATION_VERTICAL);
   }
   return shown;
 }
