@@ -1,6 +1,6 @@
 # The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
 .DEFAULT_GOAL := build
-.PHONY: build run test bench check format tidy asan tsan coverage docs install uninstall clean help
+.PHONY: build run test release-soak bench check format tidy asan tsan coverage docs install uninstall clean help
 
 # CMake's reports of what it found are of no interest, its warnings are.
 CONFIGURE := cmake --log-level=NOTICE --preset
@@ -18,6 +18,14 @@ test: ## Build and run every test
 	@$(CONFIGURE) dev
 	cmake --build --preset dev
 	ctest --preset dev
+
+RELEASES ?= 200
+
+release-soak: ## Start, release through the exit sheet and quit 200 times (RELEASES=…)
+	@scripts/setup build test
+	@$(CONFIGURE) dev
+	cmake --build --preset dev
+	LUMO_RELEASES=$(RELEASES) build/dev/station_tests --gtest_filter='ReleaseSoakTest.*'
 
 bench: ## Compare start and memory with other browsers
 	@scripts/setup build bench
@@ -84,4 +92,4 @@ clean: ## Remove all that was built
 	rm -rf build
 
 help: ## List what can be made
-	@sed -n 's/^\([a-z]*\): ## /\1	/p' Makefile | expand -t12
+	@sed -n 's/^\([a-z-]*\): ## /\1	/p' Makefile | expand -t16
