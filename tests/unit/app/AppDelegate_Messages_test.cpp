@@ -55,6 +55,10 @@ TEST_F(MessagesTest, AnOpenFileRequestForSeveralFilesOpensOnlyTheFirstAndAnEmpty
   machine.application.openFiles({"/home/k/a.html", "/home/k/b.html"});
   machine.dispatch.runUntilIdle();
   EXPECT_THAT(loadedAddresses(), ElementsAre("file:///home/k/a.html"));
+  EXPECT_NE(log.text().find("AppDelegate->application:openFiles:....filenames = (\n"
+                            "    /home/k/a.html,"),
+            std::string::npos)
+      << log.text();
 }
 
 TEST_F(MessagesTest, BlanksInAFilesPathAreEscaped) {
@@ -78,6 +82,9 @@ TEST_F(MessagesTest, AServicesRequestWithNeitherKindOnlyLogs) {
   machine.dispatch.advance(Millis{100});
   EXPECT_TRUE(loadedAddresses().empty());
   EXPECT_FALSE(runningAddress());
+  EXPECT_TRUE(log.contains("AppDelegate->SearchFromPasteboard:userData:error:...."));
+  EXPECT_NE(log.text().find("AppDelegate->SearchFromPasteboard:userData:error:....pboardtypes = (\n"),
+            std::string::npos);
 }
 
 TEST_F(MessagesTest, AServicesRequestWithBothLoadsTheStringLast) {
@@ -97,6 +104,8 @@ TEST_F(MessagesTest, ADroppedStringWithAPlaceholderIsResolvedLikeAnyAddress) {
                                           nullptr});
   machine.dispatch.advance(Millis{100});
   EXPECT_THAT(loadedAddresses(), ElementsAre("http://10.1.2.3:8080/registrationorders"));
+  EXPECT_NE(log.text().find("AppDelegate->handleDragDropNotification:....userInfo = {\n    mystrings = "),
+            std::string::npos);
 }
 
 TEST_F(MessagesTest, ADropWithoutAStringIsRefused) {

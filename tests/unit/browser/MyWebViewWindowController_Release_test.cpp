@@ -31,6 +31,14 @@ class ReleaseTest : public browsertest::BrowserTest {
   std::optional<std::string> sent(const char* key) const {
     return messageValue(machine.bus.posted().at(0), key);
   }
+  // Whether the log tells of the first message, for that operation.
+  bool isLogged(const std::string& operation) const {
+    const std::string line =
+        "Inside MyWebViewWindowController => " + operation +
+        "...NSDistributedNotificationCenter postNotifiction: " + description(machine.bus.posted().at(0)) +
+        " \n";
+    return log.text().find(line) != std::string::npos;
+  }
 
   Millis start{machine.dispatch.now()};
 };
@@ -49,11 +57,54 @@ TEST_F(ReleaseTest, AnOrderIsReleasedAfter200Milliseconds) {
   EXPECT_EQ(sent("urlstring"), "http://h:9090/run");
   EXPECT_TRUE(log.contains("code = A-1"));
   EXPECT_TRUE(log.contains("name = Clara"));
-  EXPECT_NE(log.text().find(
-                "Inside MyWebViewWindowController => handleTerminateWithRegistrationOrdersPhotoStationData:"
-                "...NSDistributedNotificationCenter postNotifiction: "),
+  EXPECT_TRUE(isLogged("handleTerminateWithRegistrationOrdersPhotoStationData:"));
+  EXPECT_NE(log.text().find("MyWebViewWindowController->"
+                            "handleTerminateWithRegistrationOrdersPhotoStationData:.... param.allkeys = (\n"
+                            "    Lumo-Reg-Code,\n"),
             std::string::npos);
-  EXPECT_NE(log.text().find("param.allkeys = ("), std::string::npos);
+}
+
+TEST_F(ReleaseTest, AnOrderReleasedWithoutRunningAddressHasNoAddress) {
+  browser->handleTerminateWithRegistrationOrdersPhotoStationData({{"lumo-reg-", "bare"}});
+  machine.dispatch.advance(Millis{200});
+  EXPECT_EQ(machine.bus.posted().at(0).userInfo,
+            (std::vector<std::pair<std::string, std::string>>{{"senderApp", "LumoBrowser.app"},
+                                                              {"email", "noEmailRequired"},
+                                                              {"status", "registered"},
+                                                              {"LUMO-REG-", "bare"}}));
+  EXPECT_TRUE(log.contains("code = (null)"));
+  EXPECT_TRUE(log.contains("name = (null)"));
+}
+
+TEST_F(ReleaseTest, TenThousandOrdersAreEachReleasedOnce) {
+  constexpr int kOrders = 10'000;
+  std::vector<std::string> released;
+  machine.bus.setPosted([&](const platform::DistributedNotification& message) {
+    released.push_back(messageValue(message, "LUMO-REG-CODE").value_or("none"));
+  });
+  std::vector<std::string> orders;
+  for (int order = 0; order < kOrders; ++order) {
+    orders.push_back("A-" + std::to_string(order));
+    browser->handleTerminateWithRegistrationOrdersPhotoStationData({{"Lumo-Reg-Code", orders.back()}});
+    // Some come at the same moment, some while others wait.
+    machine.dispatch.advance(Millis{order % 3});
+  }
+  machine.dispatch.advance(Millis{200});
+  EXPECT_EQ(released, orders);
+  EXPECT_EQ(machine.journal.count("terminate now"), static_cast<std::size_t>(kOrders));
+  EXPECT_EQ(machine.dispatch.pendingTimers(), 0U);
+}
+
+TEST_F(ReleaseTest, TheMessageLeavesOnTheMainQueueAndTheEndIsAskedForOnAnother) {
+  std::vector<std::string> where;
+  const auto place = [this] { return machine.dispatch.main().isCurrent() ? "main" : "other"; };
+  machine.bus.setPosted([&](const platform::DistributedNotification&) { where.emplace_back(place()); });
+  machine.notifications.addObserver("LumoNotificationTerminateNow",
+                                    [&](const platform::Notification&) { where.emplace_back(place()); });
+  browser->handleTerminateWithRegistrationOrdersPhotoStationData({});
+  browser->handleTerminateWithRegistrationSave();
+  machine.dispatch.advance(Millis{1000});
+  EXPECT_EQ(where, (std::vector<std::string>{"main", "other", "main", "other"}));
 }
 
 TEST_F(ReleaseTest, ASavedOrderIsReleasedAfterOneSecond) {
@@ -66,6 +117,7 @@ TEST_F(ReleaseTest, ASavedOrderIsReleasedAfterOneSecond) {
   EXPECT_EQ(sent("status"), "registered");
   EXPECT_EQ(sent("urlstring"), std::nullopt);
   EXPECT_FALSE(log.contains("code = (null)"));
+  EXPECT_TRUE(isLogged("handleTerminateWithRegistrationSave:"));
 }
 
 TEST_F(ReleaseTest, LeavingWithoutSavingIsReleasedAsCancelledAfterOneSecond) {
@@ -74,6 +126,7 @@ TEST_F(ReleaseTest, LeavingWithoutSavingIsReleasedAsCancelledAfterOneSecond) {
   machine.dispatch.advance(Millis{1000});
   EXPECT_EQ(events(), releasedAfter(Millis{1000}));
   EXPECT_EQ(sent("status"), "cancelled_registered");
+  EXPECT_TRUE(isLogged("handleTerminateWithOutRegistrationSave:"));
 }
 
 TEST_F(ReleaseTest, TheLoopHandlerAnswersYesAndSendsNothing) {
