@@ -165,6 +165,14 @@ Response registrationSave(const Shop& shop) {
                                   .linkText = "Next customer"}));
 }
 
+// Where a counter is left for the day: no part of an order.
+Response goodbye(const Shop& shop) {
+  return page(shop.pages.message({.label = "Counter closed",
+                                  .title = "Thank you for your visit",
+                                  .text = "This counter rests for now. We are happy to help you at the desk.",
+                                  .linkText = "Open it again"}));
+}
+
 // Only a body that is really served counts, which the answer to HEAD is not.
 Response cacheable(Shop& shop, const Request& request) {
   if (request.method != "HEAD") ++shop.cacheableAnswers;
@@ -221,6 +229,7 @@ RouteTable makeOrderRoutes(Shop& shop) {
        [&shop](const Request& request) { return receipt(shop, request); },
        {{"Glimmerpad-Plus-Print", "Receipt"}, {"Scan-Return", "registrationorders"}}},
       {"/registration/save", {"GET"}, [&shop](const Request&) { return registrationSave(shop); }},
+      {"/goodbye", {"GET"}, [&shop](const Request&) { return goodbye(shop); }},
       {start + "/cacheable",
        {"GET"},
        [&shop](const Request& request) { return cacheable(shop, request); },

@@ -37,7 +37,8 @@ TEST_F(DemoOrderRoutes, RootLeadsToTheOrder) {
 }
 
 TEST_F(DemoOrderRoutes, PagesAreThereAndNotStored) {
-  for (const std::string path : {"/registrationorders", "/registrationorders/photos", "/registration/save"}) {
+  for (const std::string path :
+       {"/registrationorders", "/registrationorders/photos", "/registration/save", "/goodbye"}) {
     const Response response = get(path);
     EXPECT_EQ(response.status, 200) << path;
     EXPECT_EQ(headerValue(response, "Cache-Control"), "no-store") << path;
