@@ -216,6 +216,17 @@ bool Station::shows(Colour colour) {
   });
 }
 
+std::string Station::sight() {
+  std::ostringstream text;
+  for (const WindowId shown : screen_->windowsOf(kiosk_->pid())) {
+    const Area frame = screen_->frame(shown);
+    const Colour middle = screen_->at(frame.x + frame.width / 2, frame.y + frame.height / 2);
+    text << "window " << shown << " at " << frame << " with " << int{middle.red} << "," << int{middle.green}
+         << "," << int{middle.blue} << " in its middle; ";
+  }
+  return text.str();
+}
+
 void Station::breakScreen() {
   screen_.reset();
   xServer_.reset();
@@ -284,6 +295,11 @@ void Station::keepEvidence(const fs::path& target) {
     }
   }
   if (screen_ != nullptr) {
+    ChildProcess({"sh", "-c", "xprop -root; xwininfo -root -tree"}, environment, target / "desktop.txt")
+        .end();
+    for (const WindowId shown : screen_->windows()) {
+      ChildProcess({"xprop", "-id", std::to_string(shown)}, environment, target / "desktop.txt").end();
+    }
     ChildProcess({"import", "-silent", "-window", "root", target / "screen.png"}, environment,
                  folder_ / "tools.txt")
         .end();
@@ -310,7 +326,7 @@ void StationTest::TearDown() {
 
 void StationTest::startAtHome() {
   station.start();
-  ASSERT_TRUE(station.shows(kRed)) << "the home page does not show";
+  ASSERT_TRUE(station.shows(kRed)) << "the home page does not show: " << station.sight();
 }
 
 std::string page(Colour colour, const std::string& content) {

@@ -69,6 +69,8 @@ class Station {
   WindowId window();
   // Waits until the middle of the kiosk's window has the colour.
   bool shows(Colour colour);
+  // The kiosk's windows and the colours in their middles, for people who look into a failure.
+  std::string sight();
   // Takes the screen away as a crash of the X server would.
   void breakScreen();
 
