@@ -134,6 +134,48 @@ TEST_F(LinuxWebViewTest, ALoadThatANewOneReplacesIsNotReported) {
   EXPECT_EQ(delegate.heard.back(), "finish at /");
 }
 
+TEST_F(LinuxWebViewTest, AFailureThatIsOnItsWayWhenANewerLoadBeginsIsNotReported) {
+  std::atomic<int> broken{0};
+  peer.answer("/broken", [&](PeerConnection&) {
+    ++broken;
+    broken.notify_all();
+  });
+  peer.start();
+  load("/");
+  for (int round = 1; round <= 20; ++round) {
+    delegate.heard.clear();
+    web->load(request("/broken"));
+    ASSERT_TRUE(heard("start at /broken"));
+    // The engine hears of the broken connection now; this thread does not yet.
+    broken.wait(round - 1);
+    delegate.errors.clear();
+    web->load(request("/next"));
+    ASSERT_TRUE(heard("finish at /next")) << round << testing::PrintToString(delegate.heard);
+    ASSERT_TRUE(delegate.errors.empty()) << round << testing::PrintToString(delegate.heard);
+    EXPECT_EQ(value("document.body.textContent"), PropertyList("next")) << round;
+  }
+}
+
+TEST_F(LinuxWebViewTest, AnAddressThatTheEngineWritesInAnotherWayFailsAllTheSame) {
+  const HttpPeer nobody;
+  std::size_t failures = 0;
+  for (const char* path : {"", "/#part", "/a%7Cb", "/%C3%A4?x=%20y#z"}) {
+    web->load({*Url::parse(nobody.url(path)), {}, Millis{0}, {}});
+    ++failures;
+    ASSERT_TRUE(harness.runUntil([&] { return delegate.errors.size() == failures; })) << path;
+  }
+}
+
+TEST_F(LinuxWebViewTest, AnAddressToWhichTheServerSendsItOnFailsAllTheSame) {
+  const HttpPeer nobody;
+  peer.answer("/moved", "HTTP/1.1 302 Found\r\nLocation: " + nobody.url("/x") +
+                            "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+  peer.start();
+  web->load(request("/moved"));
+  ASSERT_TRUE(harness.runUntil([&] { return !delegate.errors.empty(); }));
+  EXPECT_EQ(delegate.errors.back().failingUrlString, nobody.url("/x"));
+}
+
 TEST_F(LinuxWebViewTest, ALoadThatReplacesAnotherKeepsItsOwnTimeOut) {
   silentPage("/silent");
   silentPage("/other");

@@ -20,8 +20,9 @@ gboolean denyPermission(WebKitWebView*, WebKitPermissionRequest* request, gpoint
   return suppressed(G_OBJECT_TYPE_NAME(request));
 }
 
-gboolean cancelAuthentication(WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) {
-  webkit_authentication_request_cancel(request);
+gboolean goOnWithoutPassword(WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) {
+  // The server's answer shows then; cancelling would end the load without a word.
+  webkit_authentication_request_authenticate(request, nullptr);
   return suppressed("a page to ask for a name and a password");
 }
 
@@ -44,7 +45,7 @@ gboolean noPrintDialogue() {
 }
 
 gboolean noFullScreen() {
-  return TRUE;
+  return suppressed("a page to cover the whole screen");
 }
 
 void cancelDownload(WebKitNetworkSession*, WebKitDownload* download, gpointer) {
@@ -61,13 +62,28 @@ struct Answer {
 const Answer kViewAnswers[] = {
     {"context-menu", G_CALLBACK(noContextMenu)},
     {"permission-request", G_CALLBACK(denyPermission)},
-    {"authenticate", G_CALLBACK(cancelAuthentication)},
+    {"authenticate", G_CALLBACK(goOnWithoutPassword)},
     {"run-file-chooser", G_CALLBACK(cancelFileChooser)},
     {"run-color-chooser", G_CALLBACK(cancelColorChooser)},
     {"show-notification", G_CALLBACK(noNotification)},
     {"print", G_CALLBACK(noPrintDialogue)},
     // A page that goes full screen would cover the bars and hide the way out for the operator.
     {"enter-fullscreen", G_CALLBACK(noFullScreen)},
+};
+
+// What is no question when it is switched off: the page is told so.
+struct Setting {
+  const char* name;
+  gboolean value;
+};
+
+const Setting kSettings[] = {
+    {"enable-developer-extras", FALSE},
+    // Otherwise a page would wait for ever for the full screen that it does not get.
+    {"enable-fullscreen", FALSE},
+    {"enable-back-forward-navigation-gestures", FALSE},
+    // Windows only where the person has pressed something.
+    {"javascript-can-open-windows-automatically", FALSE},
 };
 
 const Answer kSessionAnswers[] = {
@@ -79,6 +95,24 @@ const Answer kSessionAnswers[] = {
 void answerForSession(WebKitNetworkSession* session) {
   for (const Answer& entry : kSessionAnswers) {
     g_signal_connect(session, entry.question, entry.answer, nullptr);
+  }
+}
+
+bool canBeShown(WebKitResponsePolicyDecision* decision) {
+  // Some answers have no type, such as those without content: what they mean is the engine's affair.
+  const char* type =
+      webkit_uri_response_get_mime_type(webkit_response_policy_decision_get_response(decision));
+  if (type == nullptr || *type == '\0' ||
+      webkit_response_policy_decision_is_mime_type_supported(decision) != FALSE) {
+    return true;
+  }
+  NSLog("the kiosk does not show %@", type);
+  return false;
+}
+
+void answerInSettings(WebKitSettings* settings) {
+  for (const Setting& setting : kSettings) {
+    g_object_set(settings, setting.name, setting.value, nullptr);
   }
 }
 

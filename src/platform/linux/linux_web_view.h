@@ -38,8 +38,14 @@ class LinuxWebView final : public LinuxView, public WebView {
  private:
   // The main frame's navigation as far as it has come.
   struct Navigation {
+    // Counts what was asked for; 0 for what the page began itself.
+    std::uint64_t serial = 0;
     // What was asked for by load or loadHTMLString; empty for what the page began itself.
     std::string requested;
+    // The same as the engine writes it.
+    std::string engineText;
+    // The server has sent it to another address.
+    bool redirected = false;
     // A text of the system's own that has no address.
     bool addressless = false;
     // A page of the system's own making, or an address that really is about:blank.
@@ -56,6 +62,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   void applyUserAgent();
   UrlRequest frameRequest() const;
 
+  void expect(const std::string& address, Millis timeout);
+  bool isReplaced(const char* failing) const;
   void loadChanged(WebKitLoadEvent event);
   bool loadFailed(WebKitLoadEvent event, const char* uri, const GError* error);
   void committed();
@@ -76,6 +84,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   Navigation navigation_;
   // What was asked for last, until it commits or fails.
   std::optional<Navigation> requested_;
+  std::uint64_t lastRequest_ = 0;
   std::uint64_t timerSerial_ = 0;
   std::optional<Url> decidedUrl_;
   // The page that is shown has no address.

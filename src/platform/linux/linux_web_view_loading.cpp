@@ -17,6 +17,11 @@ constexpr const char* kBlankPage = "about:blank";
 // off itself again for redirects. Its own cache rule has no effect on pages that are kept in memory.
 constexpr const char* kNeverNotModified = "Thu, 01 Jan 1970 00:00:00 GMT";
 
+std::string withoutFragment(const char* address) {
+  const std::string text = address == nullptr ? "" : address;
+  return text.substr(0, text.find('#'));
+}
+
 }  // namespace
 
 void LinuxWebView::load(const UrlRequest& request) {
@@ -31,17 +36,38 @@ void LinuxWebView::load(const UrlRequest& request) {
       soup_message_headers_replace(headers, "If-Modified-Since", kNeverNotModified);
     }
   }
-  stopTimer();
-  requested_ = Navigation{address, false, address.starts_with(kBlankPage), request.timeout, false, false};
+  expect(address, request.timeout);
+  requested_->blankExpected = address.starts_with(kBlankPage);
   webkit_web_view_load_request(web, asked);
+  requested_->engineText = withoutFragment(webkit_web_view_get_uri(web));
   g_object_unref(asked);
 }
 
 void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<Url>& base) {
   WebKitWebView* web = engineView();
-  stopTimer();
-  requested_ = Navigation{base ? base->absoluteString() : kBlankPage, !base, true, Millis{0}, false, false};
+  expect(base ? base->absoluteString() : kBlankPage, Millis{0});
+  requested_->addressless = !base;
+  requested_->blankExpected = true;
   webkit_web_view_load_html(web, html.c_str(), base ? base->absoluteString().c_str() : nullptr);
+  requested_->engineText = withoutFragment(webkit_web_view_get_uri(web));
+}
+
+void LinuxWebView::expect(const std::string& address, Millis timeout) {
+  stopTimer();
+  requested_ = Navigation{};
+  requested_->serial = ++lastRequest_;
+  requested_->requested = address;
+  requested_->timeout = timeout;
+}
+
+// A failure can be on its way when something newer is asked for. Then it is neither that of the newest
+// address nor of one to which the server has sent it on.
+bool LinuxWebView::isReplaced(const char* failing) const {
+  if (!requested_ || failing == nullptr || requested_->engineText.empty()) {
+    return false;
+  }
+  const bool redirected = navigation_.serial == requested_->serial && navigation_.redirected;
+  return !redirected && withoutFragment(failing) != requested_->engineText;
 }
 
 void LinuxWebView::startTimer() {
@@ -77,6 +103,7 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       }
       break;
     case WEBKIT_LOAD_REDIRECTED:
+      navigation_.redirected = true;
       startTimer();
       break;
     case WEBKIT_LOAD_COMMITTED:
@@ -93,7 +120,9 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
 }
 
 void LinuxWebView::committed() {
-  requested_.reset();
+  if (requested_ && requested_->serial == navigation_.serial) {
+    requested_.reset();
+  }
   addressless_ = navigation_.addressless;
   const char* uri = webkit_web_view_get_uri(web_);
   if (navigation_.requested.empty() || navigation_.blankExpected || uri == nullptr ||
@@ -115,7 +144,7 @@ bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GErr
   const bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
   navigation_.failed = true;
   navigation_.timedOut = false;
-  if ((cancelled && !timedOut) || delegate_ == nullptr) {
+  if ((cancelled && !timedOut) || isReplaced(uri) || delegate_ == nullptr) {
     // A newer load has taken this one's place; an error page now would replace the new page.
     return true;
   }

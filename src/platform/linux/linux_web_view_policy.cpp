@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "platform/linux/kiosk_answers.h"
 #include "platform/linux/linux_web_view.h"
 #include "platform/log.h"
 #include "platform/strings.h"
@@ -132,8 +133,11 @@ void LinuxWebView::decideResponse(WebKitResponsePolicyDecision* decision) {
     // The view's own address is still the old page's while a link's or form's answer is decided.
     decidedUrl_ = parsed(webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision)));
   }
+  const bool showable = canBeShown(decision);
   delegate_->webView_decidePolicyForNavigationResponse_decisionHandler(
-      *this, response, [answer](NavigationPolicy policy) { answer->answer(policy); });
+      *this, response, [answer, showable](NavigationPolicy policy) {
+        answer->answer(showable ? policy : NavigationPolicy::Cancel);
+      });
   decidedUrl_.reset();
 }
 

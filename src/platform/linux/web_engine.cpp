@@ -25,8 +25,7 @@ WebKitSettings* WebEngine::makeSettings() const {
   if (!hasGpu()) {
     webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
   }
-  webkit_settings_set_enable_developer_extras(settings, FALSE);
-  webkit_settings_set_enable_back_forward_navigation_gestures(settings, FALSE);
+  answerInSettings(settings);
   return settings;
 }
 
