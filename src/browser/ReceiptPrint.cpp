@@ -52,11 +52,9 @@ std::optional<std::string> printCommandLine(const std::optional<std::string>& sc
     return std::nullopt;
   }
   std::string commandLine = platform::stringWithFormat("%@ %@", *script, snapshot);
-  for (const std::string& path : {*script, snapshot}) {
-    // The text for a script that was not found is known to be no path.
-    if (path.starts_with('/') && path.find_first_of(kShellCharacters) != std::string::npos) {
-      NSLog("the shell will not take this path as one word, and the receipt is not printed: [%@]", path);
-    }
+  // Who looked for the script has told so of its path.
+  if (snapshot.find_first_of(kShellCharacters) != std::string::npos) {
+    NSLog("the shell will not take this path as one word, and the receipt is not printed: [%@]", snapshot);
   }
   return commandLine;
 }
