@@ -28,6 +28,10 @@ struct WayOut {
   std::function<void(Station&)> take;
 };
 
+void PrintTo(const WayOut& way, std::ostream* out) {
+  *out << way.name;
+}
+
 class WayOutTest : public ExitTest, public ::testing::WithParamInterface<WayOut> {};
 
 INSTANTIATE_TEST_SUITE_P(
@@ -173,6 +177,10 @@ struct Choice {
   // Of the message; absent when nothing is sent, and the kiosk goes on.
   std::optional<std::string> status;
 };
+
+void PrintTo(const Choice& choice, std::ostream* out) {
+  *out << choice.name;
+}
 
 class ChoiceTest : public ExitTest, public ::testing::WithParamInterface<Choice> {
  protected:
