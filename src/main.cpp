@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "platform/bundle.h"
+#include "platform/linux/bus_environment.h"
 #include "platform/linux/linux_application.h"
 #include "platform/linux/linux_dispatch.h"
 #include "platform/linux/linux_http_client.h"
@@ -25,6 +26,7 @@ int main() {
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   platform::prepareDrawingEnvironment();
+  const auto busComplaint = platform::leaveOutUnreachableBuses();
   platform::Task::setEnvironmentKeptFromChildren(platform::drawingEnvironment());
 
   platform::Bundle bundle = platform::Bundle::main();
@@ -37,6 +39,9 @@ int main() {
   const auto defaults = defaultsPath ? std::make_unique<platform::UserDefaults>(*defaultsPath)
                                      : std::make_unique<platform::UserDefaults>();
   lumo::ZELKOR_Log::initialize(dispatch, notifications, bundle.bundleName().value_or("LumoBrowser"));
+  if (busComplaint) {
+    platform::logLine(*busComplaint);
+  }
   lumo::AppDelegate::initialize(application, bundle, *defaults);
 
   if (!platform::initializeToolkit()) {
