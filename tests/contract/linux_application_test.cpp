@@ -98,12 +98,15 @@ TEST_F(LinuxApplicationTest, RefusesRequestsThatMakeNoSense) {
   client().search(std::vector<std::string>(1001, "type"), {}, "", "");
   client().activateAction("quit");
   client().call("org.freedesktop.Application", "Open", g_variant_new("(s)", "http://x/"));
+  client().open(std::vector<std::string>(900, "http://x/" + std::string(400, 'x')));
+  client().activate({{std::string(300'000, 'x'), 1}});
   client().open({"http://last/"});
-  endAfterAnswers(9);
+  endAfterAnswers(11);
   EXPECT_EQ(run(), 0);
-  EXPECT_EQ(client().answers(),
-            (Events{kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, ""}));
-  EXPECT_EQ(log.lines().size(), 7U) << log.text();
+  EXPECT_EQ(client().answers(), (Events{kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, kInvalid, kInvalid,
+                                        kInvalid, kInvalid, kInvalid, ""}));
+  EXPECT_EQ(log.lines().size(), 10U) << log.text();
+  EXPECT_NE(log.text().find(" refused: the request is too large"), std::string::npos) << log.text();
 }
 
 TEST_F(LinuxApplicationTest, BoundsTheRequestsThatWaitForTheStart) {

@@ -18,8 +18,11 @@ constexpr const char* kPath = "/com/lumo/LumoBrowser";
 constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 constexpr const char* kOptionsKey = "com.lumo.activation-options";
 // Far beyond what a person opens or selects as an address.
+constexpr std::size_t kLargestRequest = std::size_t{256} * 1024;
 constexpr std::size_t kMostItems = 1000;
 constexpr std::size_t kLongestText = std::size_t{64} * 1024;
+
+constexpr std::size_t kLongestReason = 500;
 
 constexpr const char* kInterfaces = R"(
 <node>
@@ -126,7 +129,9 @@ void called(GDBusConnection*, const char*, const char*, const char*, const char*
   const Handlers handlers = *static_cast<Handlers*>(data);
   const std::string_view name = method;
   Refusal refusal;
-  if (name == "Activate") {
+  if (g_variant_get_size(arguments) > kLargestRequest) {
+    refusal = kTooLarge;
+  } else if (name == "Activate") {
     refusal = activate(*handlers, arguments);
   } else if (name == "Open") {
     refusal = open(*handlers, arguments);
@@ -139,9 +144,23 @@ void called(GDBusConnection*, const char*, const char*, const char*, const char*
     g_dbus_method_invocation_return_value(invocation, nullptr);
     return;
   }
-  NSLog("Request %s refused: %s", method, *refusal);
   g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, "%s",
                                         refusal->c_str());
+}
+
+// Says in the log which request was refused and why, whether this file refused it or GDBus did, which checks
+// method and argument types by itself. On a thread of GDBus.
+GDBusMessage* sending(GDBusConnection*, GDBusMessage* message, gboolean incoming, gpointer) {
+  if (incoming == FALSE && g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_ERROR) {
+    const char* asker = g_dbus_message_get_destination(message);
+    GVariant* body = g_dbus_message_get_body(message);
+    const bool hasText = body != nullptr && g_variant_is_of_type(body, G_VARIANT_TYPE("(s)")) != FALSE;
+    const std::string why = hasText ? textAt(body, 0) : g_dbus_message_get_error_name(message);
+    // It may repeat what the asker sent.
+    NSLog("Request of %s refused: %s", asker == nullptr ? "an unknown program" : asker,
+          why.substr(0, kLongestReason));
+  }
+  return message;
 }
 
 }  // namespace
@@ -160,6 +179,7 @@ void registerServices(GDBusConnection* connection, const Handlers& handlers) {
     }
   }
   g_dbus_node_info_unref(node);
+  g_dbus_connection_add_filter(connection, sending, nullptr, nullptr);
 }
 
 std::optional<std::string> requestActivation(GDBusConnection* connection, unsigned options, Millis patience) {

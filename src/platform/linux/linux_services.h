@@ -25,7 +25,8 @@ struct ServiceHandlers {
 
 // Registers the object /com/lumo/LumoBrowser with the interfaces org.freedesktop.Application and
 // com.lumo.LumoBrowser.Services on the connection. A request that is too large or makes no sense is answered
-// with an error and a line in the log; every other is answered as soon as it is taken.
+// with an error; every other is answered as soon as it is taken. Each error that the connection answers with
+// is a line in the log. Once for a connection.
 void registerServices(GDBusConnection* connection, const std::shared_ptr<const ServiceHandlers>& handlers);
 
 // Asks the copy that owns the name to come to the front and waits for its answer, `patience` at most. The
