@@ -115,14 +115,17 @@ ChildProcess::~ChildProcess() {
 
 bool ChildProcess::isRunning() {
   int status = 0;
-  if (!status_ && waitpid(pid_, &status, WNOHANG) == pid_) {
+  const pid_t answer = status_ || gone_ ? 0 : waitpid(pid_, &status, WNOHANG);
+  if (answer == pid_) {
     status_ = status;
+  } else if (answer < 0 && kill(pid_, 0) != 0) {
+    gone_ = true;
   }
-  return !status_;
+  return !status_ && !gone_;
 }
 
 void ChildProcess::send(int signal) {
-  if (!status_) {
+  if (isRunning()) {
     kill(pid_, signal);
   }
 }
@@ -130,6 +133,9 @@ void ChildProcess::send(int signal) {
 std::string ChildProcess::end(std::chrono::milliseconds bound) {
   if (!waitUntil([this] { return !isRunning(); }, bound)) {
     return "still running";
+  }
+  if (gone_) {
+    return "gone";
   }
   return WIFEXITED(*status_) ? "exit status " + std::to_string(WEXITSTATUS(*status_))
                              : "signal " + std::to_string(WTERMSIG(*status_));

@@ -25,6 +25,8 @@ class ChildProcess {
   // 3. Throws std::runtime_error when it cannot be started.
   ChildProcess(const std::vector<std::string>& command, const Environment& environment,
                const std::filesystem::path& output, int passed = -1);
+  // One that runs already, started by some other program.
+  explicit ChildProcess(pid_t running) : pid_(running) {}
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -33,12 +35,14 @@ class ChildProcess {
   bool isRunning();
   // Nothing happens once it has ended.
   void send(int signal);
-  // How it ended: "exit status 0", "signal 11"; "still running" after the bound.
+  // How it ended: "exit status 0", "signal 11"; "still running" after the bound; "gone" when only its parent
+  // could tell.
   std::string end(std::chrono::milliseconds bound = kPatience);
 
  private:
   pid_t pid_ = -1;
   std::optional<int> status_;
+  bool gone_ = false;
 };
 
 // Whatever the test's children leave behind becomes a child of the test program from here on, so that it can

@@ -131,6 +131,11 @@ void Station::startBus() {
   environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
 }
 
+void Station::stopBus() {
+  bus_.reset();
+  fs::remove(folder_ / "bus");
+}
+
 fs::path Station::preferenceFile() const {
   return configurationFolder() / "lumo" / "com.lumo.LumoBrowser.plist";
 }
@@ -175,6 +180,11 @@ void Station::start() {
 void Station::startWith(const std::vector<std::string>& command) {
   program_.reset();
   kiosk_ = std::make_unique<ChildProcess>(command, environment, folder_ / "kiosk.txt");
+}
+
+void Station::adopt(pid_t kiosk) {
+  program_.reset();
+  kiosk_ = std::make_unique<ChildProcess>(kiosk);
 }
 
 std::unique_ptr<ChildProcess> Station::startCopy() {
@@ -225,6 +235,15 @@ std::string Station::sight() {
          << "," << int{middle.blue} << " in its middle; ";
   }
   return text.str();
+}
+
+std::string Station::use(const std::vector<std::string>& command) {
+  fs::remove(folder_ / "said.txt");
+  return ChildProcess(command, environment, folder_ / "said.txt").end();
+}
+
+std::string Station::said() const {
+  return contents(folder_ / "said.txt");
 }
 
 void Station::breakScreen() {
@@ -284,7 +303,8 @@ void Station::keepEvidence(const fs::path& target) {
   std::error_code ignored;
   fs::remove_all(target, ignored);
   fs::create_directories(target);
-  for (const char* name : {"kiosk.txt", "copy.txt", "screen.txt", "windows.txt", "bus.txt", "tools.txt"}) {
+  for (const char* name :
+       {"kiosk.txt", "copy.txt", "screen.txt", "windows.txt", "bus.txt", "tools.txt", "said.txt"}) {
     fs::copy_file(folder_ / name, target / name, ignored);
   }
   fs::copy_file(logFile(), target / "LumoBrowser.log", ignored);

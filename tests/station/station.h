@@ -51,6 +51,8 @@ class Station {
   void startWith(const std::vector<std::string>& command);
   // Another copy beside it, with its own output file.
   std::unique_ptr<ChildProcess> startCopy();
+  // Takes over a kiosk that another program has started.
+  void adopt(pid_t kiosk);
   ChildProcess& kiosk() { return *kiosk_; }
   // Ends it as a session's end does, and says how it went.
   std::string stop();
@@ -71,6 +73,16 @@ class Station {
   bool shows(Colour colour);
   // The kiosk's windows and the colours in their middles, for people who look into a failure.
   std::string sight();
+  // Runs a program of the station's, lumoctl for example, and says how it ended.
+  std::string use(const std::vector<std::string>& command);
+  // What the last one wrote.
+  std::string said() const;
+
+  // A session bus at the address of the environment, which ends when it is stopped.
+  void startBus();
+  void stopBus();
+  const std::string& busAddress() const { return environment.at("DBUS_SESSION_BUS_ADDRESS"); }
+
   // Takes the screen away as a crash of the X server would.
   void breakScreen();
 
@@ -97,7 +109,6 @@ class Station {
  private:
   void startScreen();
   void startWindowManager();
-  void startBus();
   void run(const std::vector<std::string>& command);
   std::filesystem::path preferenceFile() const;
 
