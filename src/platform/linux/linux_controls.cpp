@@ -19,6 +19,17 @@ class LinuxTextField final : public LinuxView, public TextField {
   }
 };
 
+// A text that nobody types into.
+class LinuxLabel final : public LinuxView, public TextField {
+ public:
+  using LinuxView::LinuxView;
+  ViewKind kind() const override { return ViewKind::TextField; }
+  std::string stringValue() const override { return gtk_label_get_text(GTK_LABEL(widget())); }
+  void setStringValue(const std::string& text) override {
+    gtk_label_set_text(GTK_LABEL(widget()), text.c_str());
+  }
+};
+
 class LinuxButton final : public LinuxView, public Button {
  public:
   using LinuxView::LinuxView;
@@ -29,6 +40,8 @@ class LinuxButton final : public LinuxView, public Button {
   }
   void setTitle(const std::string& title) override {
     gtk_button_set_label(GTK_BUTTON(widget()), title.c_str());
+    // A title from outside may be of any length and must not widen the window.
+    gtk_label_set_ellipsize(GTK_LABEL(gtk_button_get_child(GTK_BUTTON(widget()))), PANGO_ELLIPSIZE_END);
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget()), GTK_ACCESSIBLE_PROPERTY_LABEL, title.c_str(),
                                    -1);
   }
@@ -168,6 +181,9 @@ std::unique_ptr<LinuxView> makeControl(Dispatch& dispatch, GtkWidget* widget) {
   }
   if (GTK_IS_EDITABLE(widget)) {
     return std::make_unique<LinuxTextField>(dispatch, widget);
+  }
+  if (GTK_IS_LABEL(widget)) {
+    return std::make_unique<LinuxLabel>(dispatch, widget);
   }
   if (GTK_IS_IMAGE(widget) || GTK_IS_PICTURE(widget)) {
     return std::make_unique<LinuxImageView>(dispatch, widget);
