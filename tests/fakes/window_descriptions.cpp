@@ -63,12 +63,14 @@ void describeFinderWindow(FakeWindow& window) {
   window.add<FakeTextField>("fVersionString");
   window.add<FakeTextField>("fScanningResultString");
   window.add<FakeTextField>("fBottomLineString");
+  window.add<FakeProgressIndicator>("fProgressIndicator");
   ViewOptions scan = withAction("ibDoTestButton:");
   scan.tag = kScanTag;
   window.add<FakeButton>("ibScanButton", scan);
   for (int index = 0; index < kChoices; ++index) {
     ViewOptions choice = withAction("ibCloseButton:");
     choice.tag = kFirstChoiceTag + index;
+    choice.hidden = true;
     window.add<FakeButton>("ibChoiceButton" + std::to_string(index), choice);
   }
   window.add<FakeButton>("ibCloseButton", withAction("ibCloseButton:"));

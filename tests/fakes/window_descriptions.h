@@ -14,8 +14,9 @@ void describeBrowserWindow(FakeWindow& window);
 // "MyPreferencesWindowController", a sheet. Names: fVersionString, fIpInfoString, fStatus1View and a button
 // for each action.
 void describePreferencesWindow(FakeWindow& window);
-// "FindLumoJunivaServerWindowController", a sheet. The buttons with the tags 3000 and 5000 to 5009 and one to
-// close.
+// "FindLumoJunivaServerWindowController", a sheet. Names: fVersionString, fScanningResultString,
+// fBottomLineString, fProgressIndicator, ibScanButton (tag 3000), ibChoiceButton0 to ibChoiceButton9 (tags
+// 5000 to 5009, hidden) and ibCloseButton.
 void describeFinderWindow(FakeWindow& window);
 
 }  // namespace fakes
