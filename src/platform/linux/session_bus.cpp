@@ -65,6 +65,30 @@ struct Flushing {
   bool succeeded = false;
 };
 
+// The toolkit uses GLib's shared connection beside ours, and GLib ends the program when the bus of that one
+// goes away. It is kept for good: the toolkit would get a new one, which ends the program again.
+void outliveTheSharedConnection() {
+  static GDBusConnection* shared = nullptr;
+  if (shared != nullptr) {
+    return;
+  }
+  g_bus_get(
+      G_BUS_TYPE_SESSION, nullptr,
+      [](GObject*, GAsyncResult* result, gpointer) {
+        GDBusConnection* connection = g_bus_get_finish(result, nullptr);
+        if (connection == nullptr) {
+          return;
+        }
+        g_dbus_connection_set_exit_on_close(connection, FALSE);
+        if (shared == nullptr) {
+          shared = connection;
+        } else {
+          g_object_unref(connection);
+        }
+      },
+      nullptr);
+}
+
 }  // namespace
 
 struct SessionBus::State : std::enable_shared_from_this<State> {
@@ -148,6 +172,7 @@ void SessionBus::State::adopt(GDBusConnection* made) {
 }
 
 void SessionBus::State::askForName() {
+  outliveTheSharedConnection();
   using Weak = std::weak_ptr<State>;
   g_dbus_connection_call(
       connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
