@@ -39,10 +39,10 @@ int main() {
   const auto defaults = defaultsPath ? std::make_unique<platform::UserDefaults>(*defaultsPath)
                                      : std::make_unique<platform::UserDefaults>();
   lumo::ZELKOR_Log::initialize(dispatch, notifications, bundle.bundleName().value_or("LumoBrowser"));
+  lumo::AppDelegate::initialize(application, bundle, *defaults);
   if (busComplaint) {
     platform::logLine(*busComplaint);
   }
-  lumo::AppDelegate::initialize(application, bundle, *defaults);
 
   if (!platform::initializeToolkit()) {
     platform::NSLog("There is no display to show a window on.");
