@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,6 +82,9 @@ class AppDelegate final : public platform::ApplicationDelegate, public platform:
 
   platform::Platform& platform_;
   platform::SerialQueue openQueue_;
+  // The newest accepted address that is not stored yet.
+  std::mutex addressToStoreMutex_;
+  std::optional<std::string> addressToStore_;
   bool exitConfirmationShown_ = false;
   std::vector<platform::NotificationCenter::Token> observers_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);

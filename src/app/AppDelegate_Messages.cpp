@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "app/AppDelegate.h"
 #include "app/PreferenceKeys.h"
@@ -39,11 +40,21 @@ bool AppDelegate::validateUrlString(const std::optional<std::string>& text) {
   }
   NSLog("%@->%@....222222222222222222222222222222222222..........", kClass, kOperation);
   NSLog("%@->%@....prefRunningUrlString will be set with: [%@]..........", kClass, kOperation, start.address);
+  {
+    const std::lock_guard lock(addressToStoreMutex_);
+    addressToStore_ = start.address;
+  }
   // One queue for all addresses keeps several of them in their order, so that the last one ends up stored and
   // loaded.
-  openQueue_.async(onMain([this, address = *start.address] {
-    platform_.defaults.setObject(address, prefRunningUrlString);
-    platform_.defaults.synchronize();
+  openQueue_.async(onMain([this] {
+    std::unique_lock lock(addressToStoreMutex_);
+    const auto address = std::exchange(addressToStore_, std::nullopt);
+    lock.unlock();
+    // Of many at once only the newest is written: each waits for the disk, and the window would with it.
+    if (address) {
+      platform_.defaults.setObject(*address, prefRunningUrlString);
+      platform_.defaults.synchronize();
+    }
   }));
   openQueue_.after(kBeforeLoad, onMain([this, address = *start.address] {
                      myWebViewWindowController->ibGoButton(Sender(address));

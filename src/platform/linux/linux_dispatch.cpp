@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <future>
@@ -19,6 +20,8 @@
 namespace platform {
 
 namespace {
+
+constexpr Millis kLongestTurn{20};
 
 // The blocks wait in a deque of our own and only the wake-up crosses into the main context, which needs no
 // lock of GLib's for it.
@@ -106,8 +109,10 @@ class MainQueue : public Queue {
     return !blocks_.empty();
   }
 
-  // Blocks that are added meanwhile wait for the next turn, so that frames are drawn in between.
+  // Blocks that are added meanwhile wait for the next turn, so that frames are drawn in between. So do those
+  // that a long turn leaves over: the window answers its person in between.
   void runWaiting() {
+    const auto end = std::chrono::steady_clock::now() + kLongestTurn;
     std::unique_lock lock(mutex_);
     for (std::size_t left = blocks_.size(); left > 0 && !blocks_.empty(); --left) {
       Block block = std::move(blocks_.front());
@@ -116,6 +121,9 @@ class MainQueue : public Queue {
       ++started_;
       runBlock(std::move(block), this, "main");
       lock.lock();
+      if (std::chrono::steady_clock::now() > end) {
+        break;
+      }
     }
   }
 
