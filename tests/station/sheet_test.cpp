@@ -119,4 +119,73 @@ TEST_F(SheetTest, EscapeAnswersAPagesQuestionWithNo) {
   EXPECT_EQ(server.requests("/answer")[0].target, "/answer?false");
 }
 
+TEST_F(SheetTest, APagesQuestionIsAnsweredByItsButtons) {
+  server.set("/home", HttpAnswer{page(kRed,
+                                      "<script>addEventListener('keydown', () => "
+                                      "fetch('/answer?' + confirm('Print a receipt?')))</script>")});
+  startAtHome();
+  int answers = 0;
+  for (const auto& [button, answer] : {std::pair("OK", "true"), std::pair("Cancel", "false")}) {
+    station.key("F8");
+    ASSERT_TRUE(
+        waitUntil([this] { return station.control("alert dialog", "Print a receipt?").has_value(); }));
+    ASSERT_TRUE(station.press(button));
+    ++answers;
+    ASSERT_TRUE(waitUntil([&] { return server.count("/answer") == answers; }));
+    EXPECT_EQ(server.requests("/answer").back().target, std::string("/answer?") + answer);
+    EXPECT_FALSE(station.control("alert dialog", "Print a receipt?"));
+  }
+}
+
+TEST_F(SheetTest, APagesPromptTakesWhatIsWritten) {
+  server.set("/home", HttpAnswer{page(kRed,
+                                      "<script>addEventListener('keydown', () => "
+                                      "fetch('/answer?' + prompt('Your name?', 'Max')))</script>")});
+  startAtHome();
+  station.key("F8");
+  ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Your name?").has_value(); }));
+  // The field has the keyboard, and the text that it came with is replaced.
+  station.key("ctrl+a");
+  station.type("Eva");
+  ASSERT_TRUE(station.press("OK"));
+  ASSERT_TRUE(waitUntil([this] { return server.count("/answer") == 1; }));
+  EXPECT_EQ(server.requests("/answer").back().target, "/answer?Eva");
+
+  station.key("F8");
+  ASSERT_TRUE(waitUntil([this] { return station.control("alert dialog", "Your name?").has_value(); }));
+  ASSERT_TRUE(station.press("Cancel"));
+  ASSERT_TRUE(waitUntil([this] { return server.count("/answer") == 2; }));
+  EXPECT_EQ(server.requests("/answer").back().target, "/answer?null");
+}
+
+// A page that is all link, to be clicked anywhere.
+TEST_F(SheetTest, ALinkToANewWindowStaysInTheWindow) {
+  server.set("/home", HttpAnswer{page(
+                          kRed, "<a href='/next' target='_blank' style='position:fixed;inset:0'>Next</a>")});
+  server.set("/next", HttpAnswer{page(kGreen)});
+  startAtHome();
+  const Area frame = station.screen().frame(station.window());
+  station.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
+  EXPECT_TRUE(station.shows(kGreen));
+  EXPECT_EQ(station.screen().windowsOf(station.kiosk().pid()).size(), 1U);
+  EXPECT_EQ(server.count("/next"), 1);
+}
+
+TEST_F(SheetTest, ThePageHasNoContextMenu) {
+  server.set("/home", HttpAnswer{page(kRed,
+                                      "<script>addEventListener('contextmenu', () => fetch('/asked'))"
+                                      "</script>")});
+  server.set("/asked", HttpAnswer{"ok"});
+  startAtHome();
+  const Area frame = station.screen().frame(station.window());
+  const Area around{frame.x + frame.width / 2 - 200, frame.y + frame.height / 2 - 150, 400, 300};
+  station.click(around.x + 200, around.y + 150, 3);
+  ASSERT_TRUE(waitUntil([this] { return server.count("/asked") == 1; }));
+  ASSERT_TRUE(openSettings());
+  ASSERT_TRUE(station.control("dialog", "Settings")->find("button", "Close")->press());
+  ASSERT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
+  EXPECT_TRUE(waitUntil([&] { return station.screen().otherThan(kRed, around) == 0; }));
+  EXPECT_EQ(station.screen().windowsOf(station.kiosk().pid()).size(), 1U);
+}
+
 }  // namespace station

@@ -266,8 +266,8 @@ void Station::type(const std::string& text) {
   run({"xdotool", "type", text});
 }
 
-void Station::click(int x, int y) {
-  run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+void Station::click(int x, int y, int button) {
+  run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", std::to_string(button)});
 }
 
 std::optional<Accessible> Station::controls() {

@@ -89,7 +89,7 @@ class Station {
   // Presses keys or types text or clicks, where the keyboard or the pointer is then.
   void key(const std::string& combination);
   void type(const std::string& text);
-  void click(int x, int y);
+  void click(int x, int y, int button = 1);
 
   // The kiosk's controls; absent while it is not on the accessibility bus.
   std::optional<Accessible> controls();

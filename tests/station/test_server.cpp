@@ -42,6 +42,13 @@ void sendAll(int socket, std::string_view bytes) {
   }
 }
 
+// Linux ends a connection with a reset when the socket is connected to nothing (connect(2), AF_UNSPEC).
+void reset(int socket) {
+  sockaddr nothing = {};
+  nothing.sa_family = AF_UNSPEC;
+  connect(socket, &nothing, sizeof nothing);
+}
+
 std::string bytesOf(const HttpAnswer& answer) {
   std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\n";
   text += "Content-Type: " + answer.type + "\r\n";
@@ -164,7 +171,12 @@ void TestServer::serve(int socket) {
       }
     }
     if (answer) {
-      sendAll(socket, bytesOf(answer(*request)));
+      const HttpAnswer given = answer(*request);
+      if (given.reset) {
+        reset(socket);
+      } else {
+        sendAll(socket, bytesOf(given));
+      }
     } else {
       char byte = 0;
       while (!ended_ && recv(socket, &byte, 1, 0) > 0) {

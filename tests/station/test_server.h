@@ -32,6 +32,8 @@ struct HttpAnswer {
   std::vector<std::pair<std::string, std::string>> headers;
   int status = 200;
   std::string type = "text/html; charset=utf-8";
+  // The connection is reset in place of all that.
+  bool reset = false;
 };
 
 // A photo server of the test's own, on a free port of the loopback interface. Each connection carries one
