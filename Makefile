@@ -31,8 +31,9 @@ bench: ## Compare start and memory with other browsers
 	@scripts/setup build bench
 	@$(CONFIGURE) release
 	cmake --build --preset release
-	cmake --build --preset release --target first_pixel
+	cmake --build --preset release --target first_pixel receipt_steps
 	bench/run
+	bench/receipt
 
 check: ## Check format, layers and words
 	@scripts/setup build test

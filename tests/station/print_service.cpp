@@ -60,7 +60,8 @@ PrintedPage readPicture(const fs::path& file) {
   in.get();
   page.pixels = in.str().substr(static_cast<std::size_t>(in.tellg()));
   if (kind != "P6" || most != 255 ||
-      page.pixels.size() != static_cast<std::size_t>(page.width * page.height * 3)) {
+      page.pixels.size() !=
+          static_cast<std::size_t>(page.width) * static_cast<std::size_t>(page.height) * 3) {
     throw std::runtime_error(file.string() + " is no picture");
   }
   return page;
@@ -221,6 +222,7 @@ std::vector<PrintedPage> PrintService::pages(const fs::path& job) const {
     pages[entry.path()] = readPicture(entry.path());
   }
   std::vector<PrintedPage> result;
+  result.reserve(pages.size());
   for (auto& [name, page] : pages) {
     result.push_back(std::move(page));
   }

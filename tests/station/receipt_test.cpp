@@ -1,7 +1,6 @@
 #include <csignal>
 #include <fstream>
-
-#include <gmock/gmock.h>
+#include <sstream>
 
 #include "station/print_service.h"
 #include "station/station.h"
@@ -11,8 +10,6 @@
 namespace station {
 
 namespace fs = std::filesystem;
-
-using ::testing::HasSubstr;
 
 namespace {
 

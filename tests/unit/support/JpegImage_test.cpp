@@ -105,7 +105,7 @@ TEST(JpegImageTest, WhatIsNoPictureGivesNoneAndALine) {
       {0, 10, {}},
       {10, -1, std::vector<std::byte>(400)},
       {10, 10, std::vector<std::byte>(399)},
-      {65501, 1, std::vector<std::byte>(65501 * 4)},
+      {65501, 1, std::vector<std::byte>(262004)},
   };
   for (const Image& image : cases) {
     fakes::CapturedLog log;
