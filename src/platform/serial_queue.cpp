@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <future>
+#include <iterator>
+#include <map>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -22,7 +25,7 @@ struct Job {
 // A block that waits for its time. It belongs to its timer, so a timer that the dispatch drops frees it.
 struct Delayed {
   Millis delay;
-  std::uint64_t number;
+  std::uint64_t number = 0;
   Block block;
 };
 
@@ -103,32 +106,32 @@ struct SerialQueue::State : std::enable_shared_from_this<SerialQueue::State> {
   std::shared_ptr<Delayed> addDelayed(Millis delay, Block block) {
     const std::lock_guard lock(mutex);
     auto entry = std::make_shared<Delayed>(Delayed{delay, ++lastNumber, std::move(block)});
-    waiting.push_back(entry);
+    waiting[delay].emplace_back(entry->number, entry);
     return entry;
   }
 
   // The timer of `entry` has fired. Timers reach the queue through worker threads that may overtake each
   // other, so whatever was asked for earlier with no longer a delay goes first: its time has come as well.
   void expire(const std::shared_ptr<Delayed>& entry) {
-    std::vector<Block> due;
-    std::vector<std::shared_ptr<Delayed>> seen;  // The last reference must not go under the lock.
+    // The last reference must not go under the lock.
+    std::vector<std::shared_ptr<Delayed>> due;
     {
       const std::lock_guard lock(mutex);
-      std::erase_if(waiting, [&](const std::weak_ptr<Delayed>& item) {
-        const auto other = seen.emplace_back(item.lock());
-        if (other && (other->number > entry->number || other->delay > entry->delay)) {
-          return false;
+      for (auto same = waiting.begin(); same != waiting.end() && same->first <= entry->delay;) {
+        auto& entries = same->second;
+        for (; !entries.empty() && entries.front().first <= entry->number; entries.pop_front()) {
+          if (auto other = entries.front().second.lock()) {
+            due.push_back(std::move(other));
+          }
         }
-        if (other) {
-          due.push_back(std::exchange(other->block, nullptr));
-        }
-        return true;
-      });
+        same = entries.empty() ? waiting.erase(same) : std::next(same);
+      }
       if (due.empty()) {
         return;
       }
-      for (Block& block : due) {
-        jobs.push_back({std::move(block), nullptr});
+      std::ranges::sort(due, {}, &Delayed::number);
+      for (const auto& other : due) {
+        jobs.push_back({std::exchange(other->block, nullptr), nullptr});
       }
       if (std::exchange(occupied, true)) {
         return;
@@ -141,7 +144,9 @@ struct SerialQueue::State : std::enable_shared_from_this<SerialQueue::State> {
   const std::string label;
   std::mutex mutex;
   std::deque<Job> jobs;
-  std::vector<std::weak_ptr<Delayed>> waiting;
+  // By their delays, of which there are few, in the order in which they were asked for: with thousands of
+  // timers none has to be looked for.
+  std::map<Millis, std::deque<std::pair<std::uint64_t, std::weak_ptr<Delayed>>>> waiting;
   std::uint64_t lastNumber = 0;
   // Whether a turn is under way or a Hold is out.
   bool occupied = false;

@@ -181,6 +181,32 @@ TEST_F(Coalescing, CallsOfManyThreadsAreOneBurst) {
   EXPECT_EQ(runs, 2);
 }
 
+// Each thread calls once for each key, so a key's burst is made of one call of every thread.
+TEST_F(Coalescing, TenThousandKeysOfEightThreadsAreTenThousandBursts) {
+  constexpr std::size_t kKeys = 10000;
+  constexpr std::size_t kThreads = 8;
+  // On the main queue only.
+  std::vector<std::vector<platform::Millis>> runs(kKeys);
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([this, &runs, i] {
+      for (std::size_t k = 0; k < kKeys; ++k) {
+        auto& mine = runs[(k + i * kKeys / kThreads) % kKeys];
+        const std::string key = std::to_string(&mine - runs.data());
+        additions::runOnceForKey_onQueue_beforeAndAfter_usingBlock(
+            dispatch, key, std::nullopt, 1, [this, &mine] { mine.push_back(dispatch.now()); });
+      }
+    });
+  }
+  for (auto& thread : threads) {
+    thread.join();
+  }
+  dispatch.advance(Millis(1000));
+  EXPECT_EQ(dispatch.pendingTimers(), 0U);
+  EXPECT_EQ(runs, std::vector(kKeys, std::vector{Millis(0), Millis(1000)}));
+}
+
 TEST_F(Coalescing, AnotherDispatchHasBurstsOfItsOwn) {
   {
     fakes::SimDispatch other;
