@@ -1,6 +1,7 @@
 #include "support/EmailAddress.h"
 
 #include <chrono>
+#include <ctime>
 #include <functional>
 #include <random>
 #include <string>
@@ -107,6 +108,14 @@ TEST(EmailAddress, AnswersAsABacktrackingEngineDoes) {
   EXPECT_GT(valid, 1000);
 }
 
+// What the thread itself has worked: what else the machine does does not count.
+std::chrono::milliseconds timeOfThisThread() {
+  timespec time{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::seconds(time.tv_sec) +
+                                                               std::chrono::nanoseconds(time.tv_nsec));
+}
+
 TEST(EmailAddress, ALongTextIsAnsweredAtOnce) {
   const auto repeated = [](std::string_view part, std::size_t length) {
     std::string text;
@@ -140,11 +149,9 @@ TEST(EmailAddress, ALongTextIsAnsweredAtOnce) {
       {repeated("@", kLength), false},
   };
   for (const LongRow& row : rows) {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = timeOfThisThread();
     EXPECT_EQ(matchesEmailExpression(row.address), row.isValid) << row.address.substr(0, 20);
-    const auto time = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(time).count(), 50)
-        << row.address.substr(0, 20);
+    EXPECT_LT((timeOfThisThread() - start).count(), 50) << row.address.substr(0, 20);
   }
 }
 
