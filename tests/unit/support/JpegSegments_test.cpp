@@ -37,8 +37,9 @@ TEST(JpegSegmentsTest, EveryCutIsNoticedAndNoneReadsTooFar) {
 
 TEST(JpegSegmentsTest, BytesBetweenSegmentsAndBehindTheEndArePassedOver) {
   const std::string jpeg =
-      withSegments(picture(), "\xFF" + segment('\xFE', "hello") + "junk" + std::string(3, '\xFF'));
-  const auto segments = readJpegSegments(jpeg + "trailer");
+      withSegments(picture(), "\xFF" + segment('\xFE', "hello") + "junk" + std::string(3, '\xFF')) +
+      "trailer";
+  const auto segments = readJpegSegments(jpeg);
   ASSERT_TRUE(segments);
   EXPECT_TRUE(segments->isWhole);
   EXPECT_EQ(segments->header.front().payload, "hello");
