@@ -140,6 +140,7 @@ class FindLumoJunivaServerWindowController
   std::optional<Answers> ipListInfo_;
   std::optional<platform::Array> foundList_;
   // Of the one scan that runs.
+  platform::Millis probingSince_{0};
   platform::Millis waitingSince_{0};
   platform::Date waitingSinceDate_;
 };

@@ -19,7 +19,6 @@ namespace {
 
 constexpr const char* kPort = "9090";
 constexpr int kPortNumber = 9090;
-constexpr Millis kBetweenProbes{2};
 constexpr Millis kProbeTimeout{5000};
 constexpr Millis kLongestWait{10'000};
 constexpr Millis kBetweenLooks{200};
@@ -69,6 +68,7 @@ void FindLumoJunivaServerWindowController::startScan() {
   fMaxNumberOfIpAddressToCheck = range.maximum;
   onMain([this] { showProgress(0); });
   if (range.isSubnet) {
+    probingSince_ = platform_.dispatch.now();
     probe(range, 0);
   } else {
     updateStatus1(stringWithFormat("Checking %@:%@", range.addressTemplate, kPort));
@@ -81,7 +81,9 @@ void FindLumoJunivaServerWindowController::probe(const ScanRange& range, std::in
   const std::string address = scanAddress(range, number);
   updateStatus1(stringWithFormat("Checking %@:%@", address, kPort));
   doCheckIpAddress_withPort(address, kPort);
-  onGlobal(QualityOfService::Default, kBetweenProbes, [this, range, next = number + 1] {
+  const std::int64_t next = number + 1;
+  const Millis pause = pauseBeforeProbe(next, platform_.dispatch.now() - probingSince_);
+  onGlobal(QualityOfService::Default, pause, [this, range, next] {
     if (fMaxNumberOfIpAddressToCheck >= next) {
       probe(range, next);
     } else {

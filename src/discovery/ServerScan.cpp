@@ -1,5 +1,6 @@
 #include "discovery/ServerScan.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <vector>
@@ -14,6 +15,8 @@ namespace {
 constexpr const char* kLocalhost = "localhost";
 constexpr const char* kPlace = "[xval]";
 constexpr int kFirstChoiceTag = 5000;
+constexpr platform::Millis kBetweenProbes{2};
+constexpr platform::Millis kShortestPause{1};
 
 // The four numbers of an address, absent for any other text.
 std::optional<std::array<unsigned, 4>> numbersOf(const std::string& address) {
@@ -60,6 +63,10 @@ ScanRange scanRange(const std::string& localAddress) {
 std::string scanAddress(const ScanRange& range, std::int64_t number) {
   return platform::replacingOccurrences(range.addressTemplate, kPlace,
                                         platform::stringWithFormat("%i", number));
+}
+
+platform::Millis pauseBeforeProbe(std::int64_t number, platform::Millis sinceFirst) {
+  return std::clamp(number * kBetweenProbes - sinceFirst, kShortestPause, kBetweenProbes);
 }
 
 std::optional<std::string> photoServerName(const platform::HttpResult& result) {

@@ -8,6 +8,7 @@
 
 #include "platform/http_client.h"
 #include "platform/property_list.h"
+#include "platform/queue.h"
 
 // The decisions of the search for photo servers: values in, values out. Any thread.
 namespace lumo {
@@ -35,6 +36,11 @@ struct ScanRange {
 ScanRange scanRange(const std::string& localAddress);
 // The address of the range whose last part is `number`.
 std::string scanAddress(const ScanRange& range, std::int64_t number);
+
+// How long to wait before the probe with that number, that long after the first one, number 0. Probes are 2
+// ms apart. Each timer comes a little late, which 256 of them would add up, so a late one shortens the next
+// pause, to 1 ms at least.
+platform::Millis pauseBeforeProbe(std::int64_t number, platform::Millis sinceFirst);
 
 // What the final header of a reply calls the photo server; absent when it is none. Status and body do not
 // matter.

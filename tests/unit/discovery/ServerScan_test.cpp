@@ -42,6 +42,18 @@ TEST(ScanRange, TakesPartsThatAreNoNumbersAsTheyAre) {
   EXPECT_EQ(scanAddress(scanRange("..."), 3), "...3");
 }
 
+TEST(PauseBeforeProbe, IsTwoMillisecondsAndShorterOnlyToMakeUpForLateness) {
+  using platform::Millis;
+  EXPECT_EQ(pauseBeforeProbe(1, Millis{0}), Millis{2});
+  EXPECT_EQ(pauseBeforeProbe(255, Millis{508}), Millis{2});
+  EXPECT_EQ(pauseBeforeProbe(255, Millis{509}), Millis{1});
+  // However late they are, probes do not come all at once.
+  EXPECT_EQ(pauseBeforeProbe(255, Millis{510}), Millis{1});
+  EXPECT_EQ(pauseBeforeProbe(255, Millis{60'000}), Millis{1});
+  // Early never is.
+  EXPECT_EQ(pauseBeforeProbe(255, Millis{0}), Millis{2});
+}
+
 struct ServerCase {
   const char* name;
   platform::HttpResult result;
