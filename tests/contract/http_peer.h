@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -62,6 +63,11 @@ class PeerConnection {
     while (!ended_ && recv(socket_, &byte, 1, 0) > 0) {
     }
   }
+  // Whether the client stays for so long.
+  bool staysFor(std::chrono::milliseconds time) const {
+    pollfd gone = {socket_, POLLRDHUP, 0};
+    return !ended_ && poll(&gone, 1, static_cast<int>(time.count())) == 0;
+  }
 
  private:
   static constexpr char kTlsHandshake = 0x16;
@@ -77,10 +83,12 @@ class HttpPeer {
  public:
   using Answer = std::function<void(PeerConnection&)>;
 
-  HttpPeer() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  // Every address of the loopback network, 127.0.0.0/8, will do.
+  explicit HttpPeer(const std::string& host = "127.0.0.1")
+      : host_(host), listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr.s_addr = inet_addr(host.c_str());
     socklen_t size = sizeof address;
     (void)bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), size);
     getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
@@ -114,8 +122,9 @@ class HttpPeer {
   }
 
   std::string url(const std::string& path, const std::string& scheme = "http") const {
-    return scheme + "://127.0.0.1:" + std::to_string(port_) + path;
+    return scheme + "://" + host_ + ":" + port() + path;
   }
+  std::string port() const { return std::to_string(port_); }
   // Requests that have come in so far.
   int requests() const { return requests_; }
 
@@ -142,6 +151,7 @@ class HttpPeer {
     shutdown(socket, SHUT_RDWR);
   }
 
+  const std::string host_;
   platform::FileDescriptor listener_;
   std::uint16_t port_ = 0;
   std::map<std::string, Answer> answers_;

@@ -153,6 +153,8 @@ TEST_F(LinuxHttpClientTest, TakesGarbageForAnError) {
   expectError(resultOfBytes(""));
   expectError(resultOfBytes("HTTP/1.1 200 OK\r\nno colon here\r\n\r\n"));
   expectError(resultOfBytes("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\ncut off"));
+  EXPECT_EQ(resultOfBytes("HTTP/1.1 200 OK\r\nServer: Lumo-Juniva/2.1\r\n").error,
+            "the header of the answer is cut off");
 }
 
 TEST_F(LinuxHttpClientTest, TakesAPlainServerBehindHttpsForAnError) {

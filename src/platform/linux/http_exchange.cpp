@@ -137,6 +137,11 @@ void HttpExchange::finish(CURLcode code) {
     }
     return;
   }
+  // The library takes a connection that ends there for the end of the header.
+  if (inHeader_) {
+    fail("the header of the answer is cut off");
+    return;
+  }
   HttpResult result;
   long status = 0;
   curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
