@@ -191,6 +191,9 @@ void FindLumoJunivaServerWindowController::setStatusString(const std::string& te
   onMain([this, text] {
     fScanningResultString = text;
     showText("fScanningResultString", text);
+    if (platform::View* line = window_ == nullptr ? nullptr : window_->viewNamed("fScanningResultString")) {
+      line->setHidden(text.empty());
+    }
   });
 }
 

@@ -90,6 +90,17 @@ TEST_F(FinderSheetTest, OffersTheScanFirstWithItsTexts) {
   EXPECT_EQ(gtk_window_get_focus(LinuxToolkit::toplevel(*parent)), widget("ibScanButton"));
 }
 
+TEST_F(FinderSheetTest, ShowsStatusLineAndBarOnlyWhileTheyHaveSomethingToSay) {
+  EXPECT_FALSE(isSeen("fScanningResultString"));
+  EXPECT_FALSE(isSeen("fProgressIndicator"));
+  harness.press(sheet(), "ibScanButton");
+  EXPECT_TRUE(
+      harness.runUntil([&] { return isSeen("fScanningResultString") && isSeen("fProgressIndicator"); }));
+  ASSERT_TRUE(harness.runUntil(
+      [&] { return finder->fFoundList() && gtk_widget_is_sensitive(widget("ibScanButton")) != FALSE; }));
+  EXPECT_FALSE(isSeen("fProgressIndicator"));
+}
+
 TEST_F(FinderSheetTest, ListsTheServersAndTakesTheOneThatIsPressed) {
   serve("10.0.1.30", "Lumo-Juniva/2.1");
   serve("10.0.1.7", "Lumo-Juniva/2.1");

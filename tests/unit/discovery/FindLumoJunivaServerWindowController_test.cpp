@@ -233,6 +233,17 @@ TEST_F(FinderWindowTest, OperationsOfOtherThreadsReachTheWindowOnTheMainQueueOnl
   EXPECT_EQ(status(), "plainly");
 }
 
+TEST_F(FinderWindowTest, TheStatusLineIsAwayWhileItIsEmpty) {
+  open();
+  const auto& line = window().view<fakes::FakeTextField>("fScanningResultString");
+  finder->updateStatus1("something");
+  machine.dispatch.runUntilIdle();
+  EXPECT_FALSE(line.isHidden());
+  finder->updateStatus1("");
+  machine.dispatch.runUntilIdle();
+  EXPECT_TRUE(line.isHidden());
+}
+
 TEST_F(FinderWindowTest, TheStatusColourOfADamagedStateIsBlackAgain) {
   open();
   finder->fStatusColor = {1, 1, 1, 1};
