@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 #include <utility>
@@ -10,6 +11,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "platform/log_sink.h"
 #include "platform/strings.h"
 
 namespace platform {
@@ -19,6 +21,12 @@ namespace {
 struct Log {
   std::mutex mutex;
   std::string processName = "LumoBrowser";
+  LogSink sink;
+  // Lines that could not be written since the last one that was, and why the last of them could not.
+  unsigned long lost = 0;
+  int reason = 0;
+  // The last one ends somewhere inside.
+  bool isCut = false;
 };
 
 // Never destroyed: threads may log while the process ends.
@@ -65,14 +73,48 @@ std::string timeStamp() {
                      local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, millis);
 }
 
-void writeAll(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
+// How many bytes were written; where that is fewer, errno says why.
+std::size_t writeAll(std::string_view bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t written = ::write(STDERR_FILENO, bytes.data() + done, bytes.size() - done);
     if (written > 0) {
-      bytes.remove_prefix(static_cast<std::size_t>(written));
+      done += static_cast<std::size_t>(written);
     } else if (written == 0 || errno != EINTR) {
-      return;
+      break;
     }
+  }
+  return done;
+}
+
+std::string lineOf(const Log& log, std::string_view text) {
+  return fmt::format("{} {}[{}:{}] {}\n", timeStamp(), log.processName, getpid(), gettid(), text);
+}
+
+// What has to be said before the next line can be.
+std::string catchUp(const Log& log) {
+  std::string text = log.isCut ? "\n" : "";
+  if (log.lost > 0) {
+    const char* what = log.lost == 1 ? "line was" : "lines were";
+    text += lineOf(log, fmt::format("{} {} lost here: {}", log.lost, what, std::strerror(log.reason)));
+  }
+  return text;
+}
+
+void write(Log& log, std::string_view text) {
+  const std::string before = catchUp(log);
+  const std::string bytes = before + lineOf(log, text);
+  const std::size_t written = writeAll(bytes);
+  const int error = errno;
+  if (written >= before.size()) {
+    log.lost = 0;
+  }
+  if (written > 0) {
+    log.isCut = bytes[written - 1] != '\n';
+  }
+  if (written < bytes.size()) {
+    ++log.lost;
+    log.reason = error;
   }
 }
 
@@ -83,10 +125,14 @@ void logLine(std::string_view text) {
   {
     const PipeSignalGuard guard;
     Log& log = theLog();
-    // Only a write that was cut short needs the lock: its rest must follow before another thread's line.
+    // The rest of a write that was cut short must follow before another thread's line.
     const std::lock_guard lock(log.mutex);
-    writeAll(
-        fmt::format("{} {}[{}:{}] {}\n", timeStamp(), log.processName, getpid(), gettid(), validUtf8(text)));
+    const std::string valid = validUtf8(text);
+    if (log.sink) {
+      log.sink(valid);
+    } else {
+      write(log, valid);
+    }
   }
   errno = errorOfCaller;
 }
@@ -95,6 +141,12 @@ void setLogProcessName(std::string name) {
   Log& log = theLog();
   const std::lock_guard lock(log.mutex);
   log.processName = std::move(name);
+}
+
+void setLogSink(LogSink sink) {
+  Log& log = theLog();
+  const std::lock_guard lock(log.mutex);
+  log.sink = std::move(sink);
 }
 
 }  // namespace platform

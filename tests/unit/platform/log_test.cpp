@@ -10,10 +10,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "platform/file_descriptor.h"
+#include "platform/log_sink.h"
 #include "platform/strings.h"
 
 namespace {
@@ -151,6 +153,70 @@ TEST(Log, IgnoresDescriptorsThatTakeNothing) {
   EXPECT_TRUE(lineOf([] { logLine("still here"); }).ends_with("] still here\n"));
 }
 
+// A file of at most `size` bytes, as on a disk that is full then.
+class SmallFile {
+ public:
+  explicit SmallFile(std::size_t size) : file_(::memfd_create("log", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
+    EXPECT_EQ(::ftruncate(file_.get(), static_cast<off_t>(size)), 0);
+    EXPECT_EQ(::fcntl(file_.get(), F_ADD_SEALS, F_SEAL_GROW), 0);
+  }
+  int get() const { return file_.get(); }
+  std::string written() const {
+    std::string bytes(static_cast<std::size_t>(::lseek(file_.get(), 0, SEEK_CUR)), '\0');
+    EXPECT_EQ(::pread(file_.get(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+    return bytes;
+  }
+
+ private:
+  FileDescriptor file_;
+};
+
+TEST(Log, TellsHowManyLinesAFullDiskTook) {
+  {
+    const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    const StandardError redirected(full.get());
+    for (const char* text : {"first", "second", "third"}) {
+      logLine(text);
+    }
+  }
+  const auto lines = componentsSeparatedBy(lineOf([] { logLine("room again"); }), "\n");
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_TRUE(lines[0].ends_with("] 3 lines were lost here: No space left on device")) << lines[0];
+  EXPECT_TRUE(lines[1].ends_with("] room again")) << lines[1];
+  // It is said once.
+  EXPECT_EQ(lineOf([] { logLine("more"); }).find("lost"), std::string::npos);
+}
+
+TEST(Log, NeverContinuesALineThatTheDiskHadNoRoomFor) {
+  const SmallFile small(4096);
+  {
+    const StandardError redirected(small.get());
+    logLine("whole");
+    logLine(std::string(8000, 'x'));
+    logLine("lost");
+  }
+  const std::string before = small.written();
+  ASSERT_EQ(before.size(), 4096U);
+  EXPECT_TRUE(before.ends_with("xxx"));
+  const std::string after = lineOf([] { logLine("room again"); });
+  EXPECT_TRUE(after.starts_with("\n")) << after;
+  EXPECT_NE(after.find("] 2 lines were lost here: "), std::string::npos) << after;
+  EXPECT_TRUE(after.ends_with("] room again\n")) << after;
+  EXPECT_TRUE(lineOf([] { logLine("more"); }).ends_with("] more\n"));
+}
+
+TEST(Log, GivesItsLinesToWhoeverTakesThem) {
+  std::vector<std::string> taken;
+  EXPECT_EQ(lineOf([&] {
+              setLogSink([&taken](const std::string& text) { taken.push_back(text); });
+              NSLog("%@ %i", "a\xFF", 1);
+              setLogSink(nullptr);
+              logLine("written");
+            }).find("a\uFFFD"),
+            std::string::npos);
+  EXPECT_EQ(taken, std::vector<std::string>{"a\uFFFD 1"});
+}
+
 TEST(Log, SurvivesAPipeThatNobodyReads) {
   Channel channel = Channel::pipe();
   channel.reader.reset();
@@ -165,6 +231,8 @@ TEST(Log, SurvivesAPipeThatNobodyReads) {
   sigset_t blocked;
   pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
   EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+  EXPECT_NE(lineOf([] { logLine("heard"); }).find("] 2 lines were lost here: Broken pipe\n"),
+            std::string::npos);
 }
 
 // Lines longer than the pipe are written in pieces, which those of other threads must not part.
