@@ -25,7 +25,11 @@ namespace {
 using platform::PropertyList;
 
 int failed(const Streams& streams, const std::string& why) {
-  streams.err << "lumoctl: " << why << '\n';
+  streams.err << "lumoctl: " << why;
+  for (const std::string& remark : streams.remarks) {
+    streams.err << "; " << remark;
+  }
+  streams.err << '\n';
   return kFailed;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
+#include <vector>
 
 #include "platform/property_list.h"
 #include "platform/user_defaults.h"
@@ -12,6 +14,9 @@ namespace lumoctl {
 struct Streams {
   std::ostream& out;
   std::ostream& err;
+  // What the preferences had to say of their file so far, for example why it cannot be written. Part of the
+  // complaint when the command fails.
+  const std::vector<std::string>& remarks;
 };
 
 inline constexpr int kDone = 0;

@@ -8,9 +8,11 @@
 #include <string>
 #include <system_error>
 #include <variant>
+#include <vector>
 
 #include "app/PreferenceKeys.h"
 #include "platform/log.h"
+#include "platform/log_sink.h"
 #include "platform/property_list_file.h"
 #include "platform/standard_descriptors.h"
 #include "platform/user_defaults.h"
@@ -32,8 +34,6 @@ namespace fs = std::filesystem;
 constexpr const char* kIdentifier = "com.lumo.LumoBrowser";
 constexpr std::chrono::seconds kStartPatience{30};
 constexpr const char* kBusSilent = "the session bus does not answer";
-
-const Streams kStreams{std::cout, std::cerr};
 
 int failed(const std::string& why) {
   std::cerr << "lumoctl: " << why << '\n';
@@ -185,40 +185,57 @@ int run(const UsageError& error) {
 
 template <class Command>
 int runOnDefaults(const Command& command) {
+  // Of a failure one line tells everything.
+  std::vector<std::string> remarks;
+  platform::setLogSink([&remarks](const std::string& text) { remarks.push_back(text); });
   const auto factory = factoryValues();
-  const auto defaults = preferences(factory);
-  return defaults ? command(*defaults, factory) : kFailed;
+  auto defaults = preferences(factory);
+  const int status = defaults ? command(*defaults, factory, Streams{std::cout, std::cerr, remarks}) : kFailed;
+  // It may try once more to write what waits.
+  defaults.reset();
+  platform::setLogSink(nullptr);
+  if (status == kDone) {
+    for (const std::string& remark : remarks) {
+      std::cerr << "lumoctl: " << remark << '\n';
+    }
+  }
+  return status;
 }
 
 int run(const DefaultsRead& command) {
-  return runOnDefaults([&](auto& defaults, const auto& factory) {
-    return readDefaults(command, defaults, factory, kStreams);
+  return runOnDefaults([&](auto& defaults, const auto& factory, const Streams& streams) {
+    return readDefaults(command, defaults, factory, streams);
   });
 }
 
 int run(const DefaultsWrite& command) {
-  return runOnDefaults(
-      [&](auto& defaults, const auto&) { return writeDefaults(command, defaults, kStreams); });
+  return runOnDefaults([&](auto& defaults, const auto&, const Streams& streams) {
+    return writeDefaults(command, defaults, streams);
+  });
 }
 
 int run(const DefaultsDelete& command) {
-  return runOnDefaults(
-      [&](auto& defaults, const auto&) { return deleteDefaults(command, defaults, kStreams); });
+  return runOnDefaults([&](auto& defaults, const auto&, const Streams& streams) {
+    return deleteDefaults(command, defaults, streams);
+  });
 }
 
 int run(const DefaultsList&) {
-  return runOnDefaults(
-      [&](auto& defaults, const auto& factory) { return listDefaults(defaults, factory, kStreams); });
+  return runOnDefaults([&](auto& defaults, const auto& factory, const Streams& streams) {
+    return listDefaults(defaults, factory, streams);
+  });
 }
 
 int run(const DefaultsExport& command) {
-  return runOnDefaults(
-      [&](auto& defaults, const auto&) { return exportDefaults(command, defaults, kStreams); });
+  return runOnDefaults([&](auto& defaults, const auto&, const Streams& streams) {
+    return exportDefaults(command, defaults, streams);
+  });
 }
 
 int run(const DefaultsImport& command) {
-  return runOnDefaults(
-      [&](auto& defaults, const auto&) { return importDefaults(command, defaults, std::cin, kStreams); });
+  return runOnDefaults([&](auto& defaults, const auto&, const Streams& streams) {
+    return importDefaults(command, defaults, std::cin, streams);
+  });
 }
 
 }  // namespace

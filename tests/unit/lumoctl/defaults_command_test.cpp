@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/log_sink.h"
 #include "platform/property_list_file.h"
 #include "tests/unit/platform/temporary_folder.h"
 
@@ -22,7 +23,8 @@ class DefaultsCommand : public testing::Test {
   Dictionary factory{{"prefServerAddress", "http://factory"}};
   std::ostringstream out;
   std::ostringstream err;
-  Streams streams{out, err};
+  std::vector<std::string> remarks;
+  Streams streams{out, err, remarks};
 };
 
 TEST_F(DefaultsCommand, WritesAndReads) {
@@ -124,10 +126,13 @@ TEST_F(DefaultsCommand, FailsWhenTheFileCannotBeWritten) {
   const TemporaryFolder folder;
   writeFile(folder / "file", "");
   platform::UserDefaults stuck((folder / "file") / "below.plist");
-  testing::internal::CaptureStderr();
+  platform::setLogSink([this](const std::string& text) { remarks.push_back(text); });
   EXPECT_EQ(writeDefaults({"prefThisUserAgent", "x"}, stuck, streams), kFailed);
-  testing::internal::GetCapturedStderr();
-  EXPECT_THAT(err.str(), HasSubstr("prefThisUserAgent is not stored"));
+  platform::setLogSink(nullptr);
+  EXPECT_EQ(err.str(),
+            "lumoctl: the preferences could not be written, prefThisUserAgent is not stored; UserDefaults: "
+            "cannot make the folder of " +
+                (folder / "file" / "below.plist").string() + ": File exists\n");
 }
 
 }  // namespace
