@@ -56,8 +56,16 @@ void AppDelegate::initialize(platform::Application& application, const platform:
   }
   defaults.synchronize();
   NSLog("%@-%@...RELEASE TARGET - Trying to Redirect NSLogs to file...", kClass, kInitialize);
+  const std::string path = logPath(bundle);
+  if (!path.starts_with('/')) {
+    // A user without home; the file would land in whatever folder this runs in.
+    NSLog("There is no home folder, the log stays on standard error");
+    return;
+  }
   ZELKOR_Log::setShouldLogToStdErr(false);
-  ZELKOR_Log::setLogFile(logPath(bundle));
+  if (!ZELKOR_Log::setLogFile(path)) {
+    NSLog("%@ cannot be opened, the log stays on standard error", path);
+  }
   NSLog("%@-%@...Should be REDIRECTING NSLOGs to file...", kClass, kInitialize);
 }
 

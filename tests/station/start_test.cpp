@@ -95,14 +95,16 @@ class StartWithoutDisplayTest : public StationTest {
 TEST_F(StartWithoutDisplayTest, SaysSoAndEnds) {
   station.start();
   EXPECT_EQ(station.kiosk().end(), "exit status 1");
-  EXPECT_THAT(station.log() + station.output(), HasSubstr("There is no display to show a window on."));
+  EXPECT_THAT(station.log(), HasSubstr("] There is no display to show a window on.\n"));
+  EXPECT_THAT(station.output(), EndsWith("lumobrowser: There is no display to show a window on.\n"));
 }
 
 TEST_F(StartWithoutDisplayTest, SaysSoAndEndsWhenTheNamedOneIsNotThere) {
   station.environment["DISPLAY"] = ":4711";
   station.start();
   EXPECT_EQ(station.kiosk().end(), "exit status 1");
-  EXPECT_THAT(station.log() + station.output(), HasSubstr("There is no display to show a window on."));
+  EXPECT_THAT(station.log(), HasSubstr("] There is no display to show a window on.\n"));
+  EXPECT_THAT(station.output(), EndsWith("lumobrowser: There is no display to show a window on.\n"));
 }
 
 }  // namespace station

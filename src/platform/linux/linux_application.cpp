@@ -12,11 +12,13 @@
 #include <unistd.h>
 
 #include "platform/linux/linux_services.h"
+#include "platform/linux/lost_screen.h"
 #include "platform/linux/main_menu.h"
 #include "platform/linux/open_request.h"
 #include "platform/linux/request_gate.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/single_instance.h"
+#include "platform/linux/toolkit.h"
 #include "platform/linux/window_front.h"
 #include "platform/log.h"
 
@@ -208,23 +210,32 @@ int LinuxApplication::run(ApplicationDelegate& delegate) {
   for (std::size_t at = 0; at < std::size(kEndSignals); ++at) {
     signals[at] = g_unix_signal_add(kEndSignals[at], State::endSignal, state.get());
   }
+  setLostScreenHandler([raw = state.get()] {
+    NSLog("The screen was lost");
+    raw->delegate->applicationMustTerminate();
+    raw->bus.flush();
+  });
   state->bus.start(kServiceName, [handlers = state->serviceHandlers()](GDBusConnection* connection) {
     registerServices(connection, handlers);
   });
   delegate.applicationWillFinishLaunching();
-  if (!state->ended) {
+  const bool canWrite = hasFonts();
+  if (!canWrite) {
+    NSLog("There is no font to write with; fonts-dejavu-core would do");
+  } else if (!state->ended) {
     delegate.applicationDidFinishLaunching();
   }
-  if (!state->ended) {
+  if (canWrite && !state->ended) {
     state->openGateLater();
     g_main_loop_run(state->loop);
   }
+  setLostScreenHandler(nullptr);
   for (const guint signal : signals) {
     g_source_remove(signal);
   }
   g_main_loop_unref(std::exchange(state->loop, nullptr));
   state->delegate = nullptr;
-  return EXIT_SUCCESS;
+  return canWrite ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 void LinuxApplication::terminate() {

@@ -1,6 +1,7 @@
 #include "platform/linux/toolkit.h"
 
 #include <adwaita.h>
+#include <fontconfig/fontconfig.h>
 #include <glob.h>
 
 namespace platform {
@@ -47,6 +48,11 @@ std::vector<std::string> drawingEnvironment() {
 
 bool initializeToolkit() {
   return gtk_init_check() != FALSE;
+}
+
+bool hasFonts() {
+  const FcFontSet* fonts = FcConfigGetFonts(nullptr, FcSetSystem);
+  return fonts != nullptr && fonts->nfont > 0;
 }
 
 void initializeStyle() {

@@ -16,6 +16,9 @@ bool hasGpu();
 
 // Connects to the display; false when there is none.
 bool initializeToolkit();
+// Whether there is any font. Without one the toolkit gives its windows sizes that no screen has. What it
+// costs is done once: after the first window was laid out it costs nothing.
+bool hasFonts();
 // Loads the desktop's style, light or dark as the desktop prefers.
 void initializeStyle();
 

@@ -113,6 +113,15 @@ TEST_F(AppDelegateInitialize, FromThenOnEveryLineGoesToTheLogFileAlone) {
   EXPECT_THAT(readFile(logFile()), Not(HasSubstr(kBeforeRedirection)));
 }
 
+TEST_F(AppDelegateInitialize, SaysWhyTheLogStaysOnStandardError) {
+  writeFile(home / "Library", "");
+  initialize();
+
+  EXPECT_THAT(log.lines(),
+              Contains(logFile().string() + " cannot be opened, the log stays on standard error"));
+  EXPECT_EQ(log.lines().back(), kAfterRedirection);
+}
+
 // Another bundle name, which names the log file.
 class AppDelegateLogFileName : public AppDelegateInitialize {
  protected:

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <functional>
+
+namespace platform {
+
+// Runs `handler` once when the X server goes away, before the process ends with status 1; the toolkit would
+// end it at once. The handler must not touch anything that shows. Null: nothing runs. Wayland gives no such
+// moment. Main thread, after the toolkit has opened its display.
+void setLostScreenHandler(std::function<void()> handler);
+
+}  // namespace platform
