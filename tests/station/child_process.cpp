@@ -69,13 +69,23 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   _exit(127);
 }
 
-std::vector<pid_t> children() {
-  std::ifstream list("/proc/self/task/" + std::to_string(getpid()) + "/children");
+// A process has them with each of its threads.
+std::vector<pid_t> childrenOf(pid_t process) {
   std::vector<pid_t> found;
-  for (pid_t child = 0; list >> child;) {
-    found.push_back(child);
+  // It may end meanwhile.
+  std::error_code gone;
+  std::filesystem::directory_iterator thread("/proc/" + std::to_string(process) + "/task", gone);
+  for (; !gone && thread != std::filesystem::directory_iterator(); thread.increment(gone)) {
+    std::ifstream list(thread->path() / "children");
+    for (pid_t child = 0; list >> child;) {
+      found.push_back(child);
+    }
   }
   return found;
+}
+
+std::vector<pid_t> children() {
+  return childrenOf(getpid());
 }
 
 }  // namespace
@@ -143,6 +153,16 @@ std::string ChildProcess::end(std::chrono::milliseconds bound) {
 
 void adoptOrphans() {
   prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+std::vector<pid_t> processesBelow(pid_t process) {
+  std::vector<pid_t> found = childrenOf(process);
+  for (std::size_t at = 0; at < found.size(); ++at) {
+    for (const pid_t child : childrenOf(found[at])) {
+      found.push_back(child);
+    }
+  }
+  return found;
 }
 
 std::vector<std::string> childrenNames() {

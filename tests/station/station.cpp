@@ -17,6 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// How many there are. Orphans of theirs are nobody's in particular.
+int stations = 0;
+
 constexpr const char* kScreenSize = "1280x1024x24";
 
 std::string contents(const fs::path& file) {
@@ -45,6 +48,7 @@ fs::path madeFolder() {
 }  // namespace
 
 Station::Station(const Equipment& equipment) : folder_(madeFolder()) {
+  ++stations;
   adoptOrphans();
   for (const char* name : {"home", "config", "data", "cache", "state", "runtime"}) {
     fs::create_directory(folder_ / name);
@@ -81,7 +85,9 @@ Station::~Station() {
   screen_.reset();
   bus_.reset();
   xServer_.reset();
-  endChildren();
+  if (--stations == 0) {
+    endChildren();
+  }
   std::error_code ignored;
   fs::remove_all(folder_, ignored);
 }
@@ -93,10 +99,10 @@ void Station::startScreen() {
   }
   const platform::FileDescriptor readEnd(ends[0]);
   platform::FileDescriptor writeEnd(ends[1]);
-  xServer_ =
-      std::make_unique<ChildProcess>(std::vector<std::string>{"Xvfb", "-displayfd", "3", "-screen", "0",
-                                                              kScreenSize, "-nolisten", "tcp", "-noreset"},
-                                     environment, folder_ / "screen.txt", writeEnd.get());
+  xServer_ = std::make_unique<ChildProcess>(
+      std::vector<std::string>{"Xvfb", "-displayfd", "3", "-screen", "0", kScreenSize, "-nolisten", "tcp",
+                               "-noreset", "-ac"},
+      environment, folder_ / "screen.txt", writeEnd.get());
   writeEnd.reset();
   // It writes its number and a line break when it is ready.
   std::string number;
@@ -119,12 +125,12 @@ void Station::startWindowManager() {
   }
 }
 
-void Station::startBus() {
+void Station::startBus(const Starter& through) {
   const fs::path socket = folder_ / "bus";
-  bus_ = std::make_unique<ChildProcess>(
-      std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                               "--address=unix:path=" + socket.string()},
-      environment, folder_ / "bus.txt");
+  const std::vector<std::string> command{"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                         "--address=unix:path=" + socket.string()};
+  bus_ =
+      std::make_unique<ChildProcess>(through ? through(command) : command, environment, folder_ / "bus.txt");
   if (!waitUntil([&socket] { return fs::exists(socket); })) {
     throw std::runtime_error("no session bus: " + contents(folder_ / "bus.txt"));
   }

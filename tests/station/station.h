@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -78,9 +79,13 @@ class Station {
   // What the last one wrote.
   std::string said() const;
 
-  // A session bus at the address of the environment, which ends when it is stopped.
-  void startBus();
+  // A session bus at the address of the environment, which ends when it is stopped. `through`, when given,
+  // makes of its command the one that starts it.
+  using Starter = std::function<std::vector<std::string>(const std::vector<std::string>&)>;
+  void startBus(const Starter& through = {});
   void stopBus();
+  // From here on the bus takes nothing in and gives nothing out, though it is there.
+  void haltBus() { bus_->send(SIGSTOP); }
   const std::string& busAddress() const { return environment.at("DBUS_SESSION_BUS_ADDRESS"); }
 
   // Takes the screen away as a crash of the X server would.

@@ -80,7 +80,8 @@ class WaysInTest : public StationTest {
     std::ofstream(data / "dbus-1/services/com.lumo.LumoBrowser.service")
         << "[D-BUS Service]\nName=com.lumo.LumoBrowser\nExec=" << LUMO_KIOSK << "\n";
     std::ofstream(station.configurationFolder() / "mimeapps.list")
-        << "[Default Applications]\nx-scheme-handler/lumobrowser=com.lumo.LumoBrowser.desktop\n";
+        << "[Default Applications]\nx-scheme-handler/lumobrowser=com.lumo.LumoBrowser.desktop\n"
+           "text/html=com.lumo.LumoBrowser.desktop\n";
     fs::create_symlink(LUMO_CTL, programs / "lumoctl");
     station.environment["PATH"] = programs.string() + ":" + station.environment["PATH"];
   }
@@ -190,6 +191,15 @@ TEST_F(WaysInTest, AFileWithBlanksInItsName) {
   EXPECT_EQ(timesSeen("address"), 1);
 }
 
+TEST_F(WaysInTest, AFileWithBlanksInItsNameThatTheDesktopOpens) {
+  installDesktopEntry();
+  const fs::path path = file("My Photos/a page.html", kGreen, "path");
+  startAtHome();
+  EXPECT_EQ(station.use({"gio", "open", path}), "exit status 0") << station.said();
+  EXPECT_TRUE(station.shows(kGreen));
+  EXPECT_THAT(station.storedText(kRunning).value_or(""), HasSubstr("/My%20Photos/a%20page.html"));
+}
+
 TEST_F(WaysInTest, OfSeveralFilesOnlyTheFirstIsOpened) {
   const std::string first = "file://" + file("first.html", kGreen, "first").string();
   const std::string second = "file://" + file("second.html", kBlue, "second").string();
@@ -234,6 +244,7 @@ TEST_F(WaysInTest, AFileAndAStringOfOneServicesRequestAreBothLoadedTheStringLast
 TEST_F(WaysInTest, WhatIsNoAddressIsRefusedAndNothingChanges) {
   startAtHome();
   EXPECT_EQ(station.use({LUMO_CTL, "open", "no address"}), "exit status 1");
+  EXPECT_EQ(station.said(), "lumoctl: \"no address\" is refused: it is no address\n");
   EXPECT_EQ(peer().answer(peer().sendOpen({"no address", "http://h/a b"})), "");
   EXPECT_EQ(peer().answer(peer().sendOpen({server.url("/next")})), "");
   expectLoadedOnce();
@@ -279,6 +290,19 @@ TEST_F(WaysInTest, ManyAtOnceStartOneKioskThatGetsThemAll) {
   }
   station.stop();
   EXPECT_LE(server.count("/home"), 1);
+}
+
+class WaysInWithoutDisplayTest : public StationTest {
+ protected:
+  WaysInWithoutDisplayTest() : StationTest({.screen = false}) {}
+};
+
+TEST_F(WaysInWithoutDisplayTest, TheOperatorsCommandSaysThatTheKioskCannotBeStarted) {
+  EXPECT_EQ(station.use({LUMO_CTL, "open", server.url("/next")}), "exit status 1");
+  EXPECT_EQ(station.said(),
+            "lumoctl: the kiosk ended with status 1 while it started; its log is "
+            "~/Library/Logs/Lumo/LumoBrowser.log\n");
+  EXPECT_THAT(station.log(), HasSubstr("There is no display to show a window on."));
 }
 
 }  // namespace station
