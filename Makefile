@@ -27,14 +27,15 @@ release-soak: ## Start, release through the exit sheet and quit 200 times (RELEA
 	cmake --build --preset dev
 	LUMO_RELEASES=$(RELEASES) build/dev/station_tests --gtest_filter='ReleaseSoakTest.*'
 
-bench: ## Compare start, memory, receipts and the search for servers with other programs
+bench: ## Compare start, memory, receipts, EXIF comments and the search for servers with other programs
 	@scripts/setup build bench
 	@$(CONFIGURE) release
 	cmake --build --preset release
-	cmake --build --preset release --target first_pixel receipt_steps server_scan
+	cmake --build --preset release --target first_pixel receipt_steps server_scan exif_steps
 	bench/run
 	bench/receipt
 	bench/scan
+	bench/exif
 
 check: ## Check format, layers and words
 	@scripts/setup build test

@@ -93,14 +93,15 @@ TEST(JpegReencodingTest, SizeAndResolutionOfColoursStay) {
 
 TEST(JpegReencodingTest, TheQualityCounts) {
   const std::string jpeg = picture(200, 200);
-  const auto segments = readJpegSegments(jpeg);
-  const auto usual = reencodedJpeg(jpeg, *segments, 75);
-  const auto good = reencodedJpeg(jpeg, *segments, 90);
+  const auto parts = readJpegSegments(jpeg);
+  const auto usual = reencodedJpeg(jpeg, *parts, 75);
+  const auto good = reencodedJpeg(jpeg, *parts, 90);
   ASSERT_TRUE(usual && good);
   EXPECT_LT(usual->size(), good->size());
   // The first step of brightness tells the quality: 16 at 50 in the standard's table.
   const auto firstStep = [](const std::string& bytes) {
-    for (const auto& segment : readJpegSegments(bytes)->header) {
+    const auto segments = readJpegSegments(bytes);
+    for (const auto& segment : segments->header) {
       if (segment.marker == 0xDB) {
         return int{segment.payload[1]};
       }
