@@ -1,6 +1,6 @@
 # The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
 .DEFAULT_GOAL := build
-.PHONY: build run test release-soak bench check format tidy asan tsan coverage docs install uninstall clean help
+.PHONY: build run test release-soak bench check format tidy asan tsan fuzz coverage docs install uninstall clean help
 
 # CMake's reports of what it found are of no interest, its warnings are.
 CONFIGURE := cmake --log-level=NOTICE --preset
@@ -63,6 +63,15 @@ tsan: ## Run the unit tests under ThreadSanitizer
 	@$(CONFIGURE) tsan
 	cmake --build --preset tsan
 	ctest --preset tsan
+
+FUZZ_SECONDS ?= 3600
+FUZZ_TARGETS ?=
+
+fuzz: ## Feed whatever takes bytes from outside with made-up ones (FUZZ_SECONDS=… each, FUZZ_TARGETS=…)
+	@scripts/setup build test fuzz
+	@$(CONFIGURE) fuzz
+	cmake --build --preset fuzz
+	scripts/fuzz --seconds $(FUZZ_SECONDS) $(FUZZ_TARGETS)
 
 coverage: ## Tell what the tests reach: build/coverage/report/index.html
 	@scripts/setup build test
