@@ -41,23 +41,45 @@ inline constexpr char LumoAV_ffmpegLaunchPath[] = "LumoAV_ffmpegLaunchPath";
 
 enum class PreferenceType { Boolean, String, Array, Dictionary };
 
+// How a person writes a value. Paths are a list: an array of strings, or one string with commas in between.
+enum class PreferenceInput { Switch, Text, Word, Address, Program, Paths };
+
+// Where a preference stands in the settings; Kiosk: nowhere, since the kiosk itself keeps it.
+enum class PreferenceGroup { Kiosk, Server, Window, StartAndExit, Pages, Printing, Routes, Advanced };
+
 // One row of the key table.
 struct PreferenceKey {
   const char* name;
   PreferenceType type;
+  PreferenceInput input;
   // What the code itself uses when neither layer has a value, as text; null where a reader gets nothing or
   // false.
   const char* codeDefault;
+  PreferenceGroup group;
+  // What it is called in the settings.
+  const char* title;
   // One line for people, without a full stop.
   const char* effect;
-  // Whether an operator sets it; the others are kept by the kiosk itself.
-  bool operatorSets;
+
+  bool operatorSets() const { return group != PreferenceGroup::Kiosk; }
+};
+
+// A group of the settings.
+struct PreferenceGroupText {
+  PreferenceGroup group;
+  const char* title;
+  const char* explanation;
+  // Whether its values can keep a station from working, so that it is locked at first.
+  bool isProtected;
 };
 
 // Every preference, in the order in which people read them. The rows live as long as the program; any thread.
 std::span<const PreferenceKey> preferenceKeys();
 // The row of that name, or null.
 const PreferenceKey* preferenceKey(std::string_view name);
+// The groups in the order in which people read them, the protected ones last. Printing has no preferences:
+// its explanation is all there is.
+std::span<const PreferenceGroupText> preferenceGroups();
 // Whether a value of this kind is what the readers of `type` expect.
 bool matches(PreferenceType type, const platform::PropertyList& value);
 // The rows as a Markdown table, with the values that the factory file gives.

@@ -100,11 +100,11 @@ TEST(FactoryDefaults, HoldKnownKeysWithFittingValues) {
   for (const auto& [name, value] : factory) {
     const auto* key = lumo::preferenceKey(name);
     ASSERT_TRUE(key != nullptr) << name;
-    EXPECT_TRUE(key->operatorSets) << name;
+    EXPECT_TRUE(key->operatorSets()) << name;
     EXPECT_TRUE(lumo::matches(key->type, value)) << name;
   }
   for (const auto& key : lumo::preferenceKeys()) {
-    if (key.type == PreferenceType::Boolean && key.operatorSets) {
+    if (key.type == PreferenceType::Boolean && key.operatorSets()) {
       ASSERT_TRUE(factory.contains(key.name)) << key.name;
       EXPECT_TRUE(factory.find(key.name)->as<bool>() != nullptr) << key.name;
     }
