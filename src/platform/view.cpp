@@ -18,6 +18,8 @@ std::string description(ViewKind kind) {
       return "ImageView";
     case ViewKind::ProgressIndicator:
       return "ProgressIndicator";
+    case ViewKind::SettingsForm:
+      return "SettingsForm";
     case ViewKind::WebView:
       return "WebView";
   }

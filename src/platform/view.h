@@ -13,7 +13,16 @@ namespace platform {
 
 class Window;
 
-enum class ViewKind { View, Button, TextField, SegmentedControl, ImageView, ProgressIndicator, WebView };
+enum class ViewKind {
+  View,
+  Button,
+  TextField,
+  SegmentedControl,
+  ImageView,
+  ProgressIndicator,
+  SettingsForm,
+  WebView
+};
 
 std::string description(ViewKind kind);
 

@@ -25,7 +25,8 @@ inline constexpr unsigned kStyleMaskFullSizeContentView = 1U << 15;
 class WindowDelegate {
  public:
   virtual ~WindowDelegate() = default;
-  // The person asked to close the window; it closes when the answer is true.
+  // The person asked to close the window; it closes when the answer is true. A sheet is asked when the person
+  // presses Escape while nothing stands on it, and ends with 0 when the answer is true.
   virtual bool windowShouldClose(Window& window) = 0;
   virtual void windowDidResize(Window& window) = 0;
   virtual void windowDidEnterFullScreen(Window& window) = 0;
@@ -53,7 +54,8 @@ class Overlay : public AlertParent {
 // One window, made from a window description, or the content of a sheet. Main queue only.
 class Window : public AlertParent {
  public:
-  // The delegate hears of events until another (or null) is set.
+  // The delegate hears of events until another (or null) is set. Without one the person can close a window
+  // but not a sheet.
   virtual void setDelegate(WindowDelegate* delegate) = 0;
 
   // The outer rectangle without shadows, on the desktop.

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/fakes/fake_settings_form.h"
 #include "tests/fakes/fake_window_system.h"
 
 // The windows of the toolkit's contract tests, once as files and once for the fakes.
@@ -13,7 +14,7 @@
 // "unset" (action "nobody:"), the field "field" (action "enter:") and the control "segments" of three
 // segments (action "choose:"), and the image view "picture" in the lower left corner. Its overlay has the
 // view named "shade". "ContractSheet": a sheet with the field "name" and the button "close" (action
-// "close:").
+// "close:"). "ContractForm": a sheet with the button "elsewhere" and the settings form "form".
 inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
   const std::string begin = R"(<?xml version="1.0" encoding="UTF-8"?><interface>)";
   const std::string end = "</interface>";
@@ -69,8 +70,18 @@ inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
         <property name="label">Close</property><signal name="clicked" handler="close:"/>
       </object></child>
     </object>)";
+  const std::string form = R"(
+    <object class="GtkBox" id="sheet"><property name="orientation">vertical</property>
+      <child><object class="GtkButton" id="elsewhere"><property name="label">Elsewhere</property></object></child>
+      <child><object class="GtkScrolledWindow">
+        <property name="height-request">300</property><property name="width-request">400</property>
+        <property name="child">
+          <object class="GtkBox" id="form"><style><class name="lumo-settings-form"/></style></object>
+        </property></object></child>
+    </object>)";
   return {{"Contract.ui", begin + window + end},
           {"ContractSheet.ui", begin + sheet + end},
+          {"ContractForm.ui", begin + form + end},
           {"Damaged.ui", begin + "<object class=\"GtkWindow\" id=\"window\">"},
           {"Unknown.ui", begin + "<object class=\"NoSuchThing\" id=\"window\"/>" + end},
           {"Rootless.ui", begin + "<object class=\"GtkBox\" id=\"window\"/>" + end}};
@@ -111,5 +122,9 @@ inline void describeContractWindows(fakes::FakeWindowSystem& windows) {
     close.action = "close:";
     window.add<fakes::FakeTextField>("name");
     window.add<FakeButton>("close", close);
+  });
+  windows.describe("ContractForm", FakeWindow::Kind::Sheet, [](FakeWindow& window) {
+    window.add<FakeButton>("elsewhere");
+    window.add<fakes::FakeSettingsForm>("form");
   });
 }

@@ -27,6 +27,8 @@ class ToolkitHarness {
   virtual void press(platform::Window& window, const std::string& name) = 0;
   virtual void pressSegment(platform::Window& window, const std::string& name, int segment) = 0;
   virtual void requestClose(platform::Window& window) = 0;
+  // Escape, with this sheet in front.
+  virtual void pressEscape(platform::Window& sheet) = 0;
   // The texts of the alerts that can be seen in a toplevel: its own, its sheet's, its overlay's.
   virtual std::vector<std::string> shownAlerts(platform::Window& toplevel) = 0;
   // Presses a button of the alert that shows `text`, after writing into its field when it has one.
@@ -47,6 +49,7 @@ class FakeToolkit : public ToolkitHarness {
     fake(window).press(name);
   }
   void requestClose(platform::Window& window) override { fake(window).requestClose(); }
+  void pressEscape(platform::Window& sheet) override { fake(sheet).requestClose(); }
   std::vector<std::string> shownAlerts(platform::Window& toplevel) override {
     std::vector<std::string> texts;
     for (const auto& [alert, press] : alerts(toplevel)) {
@@ -116,6 +119,7 @@ class LinuxToolkit : public ToolkitHarness {
     click(child);
   }
   void requestClose(platform::Window& window) override { gtk_window_close(toplevel(window)); }
+  void pressEscape(platform::Window& sheet) override { pressKey(sheet, GDK_KEY_Escape); }
   std::vector<std::string> shownAlerts(platform::Window& toplevelWindow) override {
     std::vector<std::string> texts;
     for (GtkWidget* found : withClass(GTK_WIDGET(toplevel(toplevelWindow)), "lumo-alert-message")) {

@@ -403,4 +403,46 @@ TYPED_TEST(WindowContract, OnlyASheetIsShownAsASheet) {
   EXPECT_THAT(this->answers, IsEmpty());
 }
 
+TYPED_TEST(WindowContract, EscapeAsksTheDelegateOfASheet) {
+  const auto sheet = this->makeSheet();
+  this->window->beginSheet(*sheet, this->notingCode("sheet"));
+  this->harness.pressEscape(*sheet);
+  EXPECT_THAT(this->answers, IsEmpty()) << "without a delegate";
+
+  sheet->setDelegate(&this->delegate);
+  this->harness.pressEscape(*sheet);
+  EXPECT_EQ(this->delegate.asked, 1);
+  EXPECT_THAT(this->answers, IsEmpty());
+  this->delegate.closes = true;
+  this->harness.pressEscape(*sheet);
+  EXPECT_THAT(this->answers, ElementsAre("sheet 0"));
+  EXPECT_EQ(sheet->sheetParent(), nullptr);
+}
+
+TYPED_TEST(WindowContract, ADelegateMayEndItsSheetItself) {
+  class Ending : public Delegate {
+   public:
+    bool windowShouldClose(Window& sheet) override {
+      sheet.sheetParent()->endSheet(sheet, 5);
+      return true;
+    }
+  } ending;
+  const auto sheet = this->makeSheet();
+  sheet->setDelegate(&ending);
+  this->window->beginSheet(*sheet, this->notingCode("sheet"));
+  this->harness.pressEscape(*sheet);
+  EXPECT_THAT(this->answers, ElementsAre("sheet 5"));
+}
+
+TYPED_TEST(WindowContract, EscapeConcernsWhatStandsOnASheetFirst) {
+  const auto sheet = this->makeSheet();
+  this->delegate.closes = true;
+  sheet->setDelegate(&this->delegate);
+  this->window->beginSheet(*sheet, this->notingCode("sheet"));
+  sheet->beginAlert(question("Sure?", {"Yes", "No"}), this->noting("alert"));
+  this->harness.pressEscape(*sheet);
+  EXPECT_EQ(this->delegate.asked, 0);
+  EXPECT_THAT(this->answers, IsEmpty());
+}
+
 }  // namespace

@@ -241,6 +241,16 @@ void FakeWindow::close() {
 }
 
 bool FakeWindow::requestClose() {
+  if (kind_ == Kind::Sheet) {
+    if (!isVisible() || sheets_.size() > 0 || delegate_ == nullptr || !delegate_->windowShouldClose(*this)) {
+      return false;
+    }
+    // The delegate may have ended it itself.
+    if (parent_ != nullptr) {
+      parent_->endSheet(*this, 0);
+    }
+    return true;
+  }
   if (delegate_ != nullptr && !delegate_->windowShouldClose(*this)) {
     return false;
   }

@@ -154,7 +154,7 @@ class FakeWindow final : public platform::Window {
   // The person uses the control of this name. False when that is not possible (hidden, disabled, behind a
   // sheet) or nothing is set for its action.
   bool press(const std::string& name);
-  // The person asks to close the window: asks the delegate. True when the window has closed.
+  // The person asks to close the window, or a sheet with Escape: asks the delegate. True when it has closed.
   bool requestClose();
   // The desktop gives the window another frame; the delegate hears of it on the main queue.
   void resizeByDesktop(const platform::Rect& frame);

@@ -1,5 +1,6 @@
 #include "tests/fakes/window_descriptions.h"
 
+#include "tests/fakes/fake_settings_form.h"
 #include "tests/fakes/fake_web_view.h"
 
 namespace fakes {
@@ -49,8 +50,10 @@ void describePreferencesWindow(FakeWindow& window) {
   window.add<FakeTextField>("fVersionString");
   window.add<FakeTextField>("fIpInfoString");
   window.add<FakeImageView>("fStatus1View");
-  for (const char* name : {"ibSetWindowLevel", "ibShowNavBar", "ibCloseButton", "ibResetToFactory1",
-                           "ibResetToFactory2", "ibTestConnection", "ibSearchJunivaServer"}) {
+  window.add<FakeTextField>("ibStatusText");
+  window.add<FakeSettingsForm>("ibSettingsForm");
+  for (const char* name : {"ibCloseButton", "ibResetToFactory1", "ibResetToFactory2", "ibTestConnection",
+                           "ibSearchJunivaServer"}) {
     window.add<FakeButton>(name, withAction(std::string(name) + ":"));
   }
 }

@@ -11,8 +11,8 @@ namespace fakes {
 // segmentedControl, homeButton, goButton, settingsButton, ibProgressIndicator, ibProgressIndicator2. Its
 // overlay holds the shade "progressview" and, above it in a box of their own, the image view "progressimage".
 void describeBrowserWindow(FakeWindow& window);
-// "MyPreferencesWindowController", a sheet. Names: fVersionString, fIpInfoString, fStatus1View and a button
-// for each action.
+// "MyPreferencesWindowController", a sheet. Names: fVersionString, fIpInfoString, fStatus1View, ibStatusText,
+// ibSettingsForm and a button for each action.
 void describePreferencesWindow(FakeWindow& window);
 // "FindLumoJunivaServerWindowController", a sheet. Names: fVersionString, fScanningResultString,
 // fBottomLineString, fProgressIndicator, ibScanButton (tag 3000), ibChoiceButton0 to ibChoiceButton9 (tags

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/bundle.h"
+#include "platform/linux/linux_settings_form.h"
 #include "platform/log.h"
 
 namespace platform {
@@ -175,6 +176,9 @@ class LinuxProgressIndicator final : public LinuxView, public ProgressIndicator 
 std::unique_ptr<LinuxView> makeControl(Dispatch& dispatch, GtkWidget* widget) {
   if (gtk_widget_has_css_class(widget, "segmented")) {
     return std::make_unique<LinuxSegmentedControl>(dispatch, widget);
+  }
+  if (GTK_IS_BOX(widget) && gtk_widget_has_css_class(widget, "lumo-settings-form")) {
+    return std::make_unique<LinuxSettingsForm>(dispatch, widget);
   }
   if (GTK_IS_BUTTON(widget)) {
     return std::make_unique<LinuxButton>(dispatch, widget);

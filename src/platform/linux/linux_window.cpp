@@ -434,7 +434,16 @@ void LinuxWindow::beginSheet(Window& sheet, std::function<void(int)> completion)
   child->parent_ = this;
   child->sheetCompletion_ = std::move(completion);
   children_.push_back(child);
-  sheetHost->enqueue(this, child->sheet_, [child] { return SheetCard{child->sheet_, nullptr, {}}; });
+  sheetHost->enqueue(this, child->sheet_, [child] {
+    return SheetCard{child->sheet_, nullptr, [child] { child->escapePressed(); }};
+  });
+}
+
+void LinuxWindow::escapePressed() {
+  // The delegate may end the sheet itself.
+  if (delegate_ != nullptr && delegate_->windowShouldClose(*this) && parent_ != nullptr) {
+    parent_->endSheet(*this, 0);
+  }
 }
 
 void LinuxWindow::endSheet(Window& sheet, int code) {

@@ -75,6 +75,8 @@ class LinuxWindow final : public Window {
   void applyWantedFrame();
   Point wantedPosition() const { return {wantedFrame_.x, wantedFrame_.y}; }
   void moveBars(bool overPage);
+  // On this sheet.
+  void escapePressed();
   // Takes a sheet and all that stands on it away, without answers.
   void releaseSheet(LinuxWindow& child);
   bool coversScreen(const Rect& frame) const;
