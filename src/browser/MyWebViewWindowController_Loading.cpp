@@ -145,7 +145,8 @@ void MyWebViewWindowController::ibOpenPreferences(const Sender& /*sender*/) {
     return controller != nullptr && controller->window() != nullptr && controller->window()->isVisible();
   };
   if (!isShown(myPreferencesWindowController.get())) {
-    myPreferencesWindowController = std::make_unique<MyPreferencesWindowController>(platform_);
+    myPreferencesWindowController = std::make_unique<MyPreferencesWindowController>(
+        platform_, [this] { ibShowNavBar({}); }, myPreferencesWindowController.get());
   }
   platform::Window* preferences = myPreferencesWindowController->window();
   if (preferences == nullptr) {
