@@ -49,6 +49,9 @@ void MyPreferencesWindowController::ibTestConnection() {
   }
   // From here on, since a second press may come before the queue has its turn.
   fIsChecking = true;
+  if (form_ != nullptr) {
+    form_->endEditing();
+  }
   showText("ibStatusText", statusText(""));
   startTest();
 }

@@ -10,6 +10,7 @@ constexpr const char* kAccessible = "org.a11y.atspi.Accessible";
 constexpr const char* kText = "org.a11y.atspi.Text";
 constexpr int kPatienceOfCalls = 5000;
 // Bits of the protocol's state set.
+constexpr int kChecked = 4;
 constexpr int kFocused = 12;
 constexpr int kSensitive = 24;
 constexpr std::uint32_t kInWindow = 1;
@@ -148,6 +149,10 @@ bool Accessible::isFocused() const {
   return has(kFocused);
 }
 
+bool Accessible::isChecked() const {
+  return has(kChecked);
+}
+
 std::string Accessible::text() const {
   std::int32_t count = 0;
   read(bus_->property(owner_, path_, kText, "CharacterCount"), "i", &count);
@@ -196,6 +201,13 @@ std::optional<Accessible> Accessible::find(const std::string& role, const std::s
 bool Accessible::press() const {
   const Value answer =
       bus_->call(owner_, path_, "org.a11y.atspi.Action", "DoAction", g_variant_new("(i)", 0));
+  gboolean done = FALSE;
+  return read(answer, "(b)", &done) && done != FALSE;
+}
+
+bool Accessible::write(const std::string& text) const {
+  const Value answer = bus_->call(owner_, path_, "org.a11y.atspi.EditableText", "SetTextContents",
+                                  g_variant_new("(s)", text.c_str()));
   gboolean done = FALSE;
   return read(answer, "(b)", &done) && done != FALSE;
 }

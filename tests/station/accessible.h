@@ -32,6 +32,8 @@ class Accessible {
   // Whether it would answer to a person: it is sensitive, and what it stands in was when it was found.
   bool isSensitive() const;
   bool isFocused() const;
+  // Of a switch.
+  bool isChecked() const;
   // The text of a field.
   std::string text() const;
   // Within its window.
@@ -43,6 +45,8 @@ class Accessible {
   std::optional<Accessible> find(const std::string& role, const std::string& name) const;
   // Does what a click would. False when it has nothing to press.
   bool press() const;
+  // Writes a text into a field in place of what stands there. False when it takes none.
+  bool write(const std::string& text) const;
 
  private:
   bool has(int state) const;

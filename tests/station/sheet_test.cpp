@@ -34,6 +34,14 @@ class SheetTest : public StationTest {
     }
     return false;
   }
+  // How often the browser asked for the page; the settings' test of the connection does not count.
+  int loads() {
+    int count = 0;
+    for (const HttpRequest& request : server.requests("/home")) {
+      count += request.header("Glimmerpad-Scan") ? 1 : 0;
+    }
+    return count;
+  }
   bool openSettings() {
     return station.press("Settings") &&
            waitUntil([this] { return station.control("dialog", "Settings").has_value(); });
@@ -89,9 +97,9 @@ TEST_F(SheetTest, TheKeysOfTheMenuAreOffMeanwhile) {
   ASSERT_TRUE(station.control("dialog", "Settings")->find("button", "Close")->press());
   ASSERT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
   station.key("ctrl+r");
-  ASSERT_TRUE(waitUntil([this] { return server.count("/home") == 2; }));
+  ASSERT_TRUE(waitUntil([this] { return loads() == 2; }));
   EXPECT_EQ(station.stop(), "exit status 0");
-  EXPECT_EQ(server.count("/home"), 2);
+  EXPECT_EQ(loads(), 2);
 }
 
 TEST_F(SheetTest, APagesAlertWaitsForItsButton) {

@@ -138,8 +138,7 @@ std::unique_ptr<LinuxSettingsForm::Row> LinuxSettingsForm::makeRow(const Setting
       setting.kind == SettingKind::Switch ? makeSwitchRow(*row, setting) : makeTextRow(*row, setting);
   gtk_widget_add_css_class(row->widget, "lumo-setting");
   g_object_ref(row->control);
-  gtk_accessible_update_property(GTK_ACCESSIBLE(row->control), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                 setting.title.c_str(), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+  gtk_accessible_update_property(GTK_ACCESSIBLE(row->control), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
                                  setting.explanation.c_str(), -1);
   return row;
 }
@@ -151,7 +150,7 @@ GtkWidget* LinuxSettingsForm::makeSwitchRow(Row& row, const SettingRow& setting)
   row.control = gtk_switch_new();
   gtk_widget_set_valign(row.control, GTK_ALIGN_CENTER);
   adw_action_row_add_suffix(ADW_ACTION_ROW(line), row.control);
-  // The whole row is to be touched.
+  // The whole row is to be touched. It gives the switch its name, too.
   adw_action_row_set_activatable_widget(ADW_ACTION_ROW(line), row.control);
   g_signal_connect(row.control, "notify::active",
                    G_CALLBACK(+[](GtkSwitch* control, GParamSpec*, gpointer data) {
@@ -182,6 +181,10 @@ GtkWidget* LinuxSettingsForm::makeTextRow(Row& row, const SettingRow& setting) {
   addLabel(box, setting.explanation + (hasLines ? ". One on each line" : ""), "lumo-setting-explanation");
 
   row.control = hasLines ? gtk_text_view_new() : gtk_entry_new();
+  for (GtkWidget* named : {line, row.control}) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(named), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   setting.title.c_str(), -1);
+  }
   gtk_widget_set_margin_top(row.control, kRowMargin / 2);
   const auto edited = G_CALLBACK(+[](gpointer data) {
     auto* changed = static_cast<Row*>(data);

@@ -169,7 +169,7 @@ TEST_F(ConnectionTest, KeepsTheLastResultOnTheLightWhileItRuns) {
 
 TEST_F(ConnectionTest, TestsWhatHasJustBeenWritten) {
   open();
-  form().write(lumo::prefServerAddress, "http://new/");
+  form().type(lumo::prefServerAddress, "http://new/");
   serve("http://new/");
   sheet().press("ibTestConnection");
   machine.dispatch.runUntilIdle();
