@@ -1,6 +1,6 @@
 # The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
 .DEFAULT_GOAL := build
-.PHONY: build run test release-soak bench check format tidy asan tsan fuzz coverage docs install uninstall clean help
+.PHONY: build run test release-soak soak bench check format tidy asan tsan fuzz coverage docs package install uninstall clean help
 
 # CMake's reports of what it found are of no interest, its warnings are.
 CONFIGURE := cmake --log-level=NOTICE --preset
@@ -26,6 +26,14 @@ release-soak: ## Start, release through the exit sheet and quit 200 times (RELEA
 	@$(CONFIGURE) dev
 	cmake --build --preset dev
 	LUMO_RELEASES=$(RELEASES) build/dev/station_tests --gtest_filter='ReleaseSoakTest.*'
+
+ORDERS ?= 1000
+
+soak: ## Play a thousand orders on one kiosk, with all that goes wrong in a shop, and a hundred that end it (ORDERS=…)
+	@scripts/setup build test
+	@$(CONFIGURE) dev
+	cmake --build --preset dev
+	LUMO_ORDERS=$(ORDERS) build/dev/station_tests --gtest_filter='SoakTest.*'
 
 bench: ## Compare start, memory, receipts, EXIF comments and the search for servers with other programs
 	@scripts/setup build bench
@@ -87,6 +95,10 @@ docs: ## Make the reference of the interfaces: build/docs/html/index.html
 	@scripts/setup docs
 	@mkdir -p build/docs
 	doxygen docs/Doxyfile
+
+package: ## Make the Debian package and have lintian judge it: build/package/lumobrowser_*.deb
+	@scripts/setup build package
+	scripts/package
 
 # A package's build sets DESTDIR, the folder that stands for / meanwhile.
 PREFIX ?= /usr/local

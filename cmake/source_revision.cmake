@@ -1,8 +1,10 @@
 # Writes OUTPUT, a source file with the first seven digits of the commit that SOURCE has checked out, and
 # leaves it alone when it says so already. Seven zeros where there is no git, or the tree is in no repository
-# of its own (an unpacked archive that lies somewhere in another one).
+# of its own (an unpacked archive that lies somewhere in another one). REVISION says it in git's place.
 set(revision 0000000)
-if(GIT)
+if(REVISION MATCHES "^[0-9a-f][0-9a-f][0-9a-f][0-9a-f][0-9a-f][0-9a-f][0-9a-f]")
+  set(revision ${CMAKE_MATCH_0})
+elseif(GIT)
   execute_process(COMMAND ${GIT} -c safe.directory=* -C ${SOURCE} rev-parse --show-toplevel HEAD
     OUTPUT_VARIABLE answer ERROR_QUIET RESULT_VARIABLE failed OUTPUT_STRIP_TRAILING_WHITESPACE)
   file(REAL_PATH ${SOURCE} source)

@@ -8,6 +8,8 @@ endif()
 foreach(folder
     bin
     lib/lumobrowser/LumoBrowser.app/Resources
+    lib/systemd/system
+    lib/systemd/user
     share/applications
     share/bash-completion/completions
     share/dbus-1/services
@@ -15,8 +17,11 @@ foreach(folder
     share/icons/hicolor/128x128/apps
     share/icons/hicolor/256x256/apps
     share/icons/hicolor/scalable/apps
+    share/lumobrowser
     share/man/man1
-    share/metainfo)
+    share/metainfo
+    share/wayland-sessions
+    share/xsessions)
   set(folder "${lumo_prefix}/${folder}")
   while(NOT folder STREQUAL "/" AND NOT folder STREQUAL "" AND NOT IS_DIRECTORY "$ENV{DESTDIR}${folder}")
     list(APPEND lumo_lines "folder ${folder}")
