@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
@@ -132,6 +133,14 @@ bool ChildProcess::isRunning() {
     gone_ = true;
   }
   return !status_ && !gone_;
+}
+
+std::chrono::microseconds ChildProcess::keptWaiting() const {
+  std::ifstream file("/proc/" + std::to_string(pid_) + "/schedstat");
+  std::int64_t running = 0;
+  std::int64_t waiting = 0;
+  file >> running >> waiting;
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(waiting));
 }
 
 void ChildProcess::send(int signal) {

@@ -33,6 +33,8 @@ class ChildProcess {
 
   pid_t pid() const { return pid_; }
   bool isRunning();
+  // How long its main thread has been ready to run while the machine was busy with others.
+  std::chrono::microseconds keptWaiting() const;
   // Nothing happens once it has ended.
   void send(int signal);
   // How it ended: "exit status 0", "signal 11"; "still running" after the bound; "gone" when only its parent

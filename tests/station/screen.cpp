@@ -7,6 +7,7 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <poll.h>
 
 namespace station {
 
@@ -184,6 +185,39 @@ void Screen::close(WindowId window) {
 void Screen::askToClose(WindowId window) {
   connection_->message(window, window, "WM_PROTOCOLS",
                        static_cast<long>(connection_->atom("WM_DELETE_WINDOW")), CurrentTime, NoEventMask);
+}
+
+std::optional<std::chrono::microseconds> Screen::ping(WindowId window, std::chrono::milliseconds bound) {
+  Display* display = connection_->display;
+  const Atom protocols = connection_->atom("WM_PROTOCOLS");
+  const Atom ping = connection_->atom("_NET_WM_PING");
+  // The answer is the same message, sent to the root window.
+  XSelectInput(display, connection_->root, SubstructureNotifyMask);
+  const auto number = ++pings_;
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = window;
+  event.xclient.message_type = protocols;
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(ping);
+  event.xclient.data.l[1] = number;
+  event.xclient.data.l[2] = static_cast<long>(window);
+  const auto start = std::chrono::steady_clock::now();
+  XSendEvent(display, window, False, NoEventMask, &event);
+  XFlush(display);
+  pollfd arrived{ConnectionNumber(display), POLLIN, 0};
+  while (std::chrono::steady_clock::now() - start < bound) {
+    if (XPending(display) == 0) {
+      poll(&arrived, 1, 1);
+      continue;
+    }
+    XNextEvent(display, &event);
+    if (event.type == ClientMessage && event.xclient.message_type == protocols &&
+        event.xclient.data.l[0] == static_cast<long>(ping) && event.xclient.data.l[1] == number) {
+      return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+    }
+  }
+  return std::nullopt;
 }
 
 Colour Screen::at(int x, int y) const {

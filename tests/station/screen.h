@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -66,6 +67,10 @@ class Screen {
   // As a program without a window manager does.
   void askToClose(WindowId window);
 
+  // Asks the window for a sign of life, as a window manager does, and tells how long its program took. Absent
+  // when it takes longer than the bound.
+  std::optional<std::chrono::microseconds> ping(WindowId window, std::chrono::milliseconds bound);
+
   Colour at(int x, int y) const;
   // How many points of the area are not of that colour.
   int otherThan(Colour colour, const Area& area) const;
@@ -74,6 +79,7 @@ class Screen {
   friend class OtherWindow;
   struct Connection;
   std::unique_ptr<Connection> connection_;
+  long pings_ = 0;
 };
 
 // A plain window of another program, with a connection of its own.

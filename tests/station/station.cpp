@@ -171,11 +171,16 @@ void Station::prefer(const std::string& key, Preference value) {
   fs::rename(fresh, file);
 }
 
-std::optional<std::string> Station::storedText(const std::string& key) const {
+std::optional<platform::PropertyList> Station::stored(const std::string& key) const {
   const auto list = platform::propertyListFromFile(preferenceFile());
   const auto* values = list ? list->as<platform::Dictionary>() : nullptr;
   const platform::PropertyList* value = values == nullptr ? nullptr : values->find(key);
-  const std::string* text = value == nullptr ? nullptr : value->as<std::string>();
+  return value == nullptr ? std::nullopt : std::optional(*value);
+}
+
+std::optional<std::string> Station::storedText(const std::string& key) const {
+  const auto value = stored(key);
+  const std::string* text = value ? value->as<std::string>() : nullptr;
   return text == nullptr ? std::nullopt : std::optional(*text);
 }
 
@@ -222,6 +227,13 @@ std::string Station::copyOutput() const {
 WindowId Station::window() {
   const std::vector<WindowId> windows = screen_->windowsOf(kiosk_->pid());
   return windows.empty() ? 0 : windows.back();
+}
+
+std::optional<std::chrono::microseconds> Station::answersAfter() {
+  const auto kept = [this] { return kiosk_->keptWaiting() + xServer_->keptWaiting(); };
+  const auto before = kept();
+  const auto taken = screen_->ping(window(), kPatience);
+  return taken ? std::optional(*taken - (kept() - before)) : std::nullopt;
 }
 
 bool Station::shows(Colour colour) {

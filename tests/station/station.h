@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/property_list.h"
 #include "station/accessible.h"
 #include "station/child_process.h"
 #include "station/screen.h"
@@ -41,7 +42,9 @@ class Station {
 
   // Writes the preference file, which holds what was given here so far and nothing else.
   void prefer(const std::string& key, Preference value);
-  // What the file has for the key now; absent for none or for something other than text.
+  // What the file has for the key now; absent for none.
+  std::optional<platform::PropertyList> stored(const std::string& key) const;
+  // The same for text; absent for something else too.
   std::optional<std::string> storedText(const std::string& key) const;
 
   // The environment that programs of this station start with.
@@ -70,6 +73,9 @@ class Station {
   const std::string& display() const { return environment.at("DISPLAY"); }
   // The kiosk's window, 0 while there is none.
   WindowId window();
+  // How long the kiosk's window takes for a sign of life. What the machine kept the kiosk and the X server
+  // waiting meanwhile does not count. Absent when it takes longer than anybody waits.
+  std::optional<std::chrono::microseconds> answersAfter();
   // Waits until the middle of the kiosk's window has the colour.
   bool shows(Colour colour);
   // The kiosk's windows and the colours in their middles, for people who look into a failure.

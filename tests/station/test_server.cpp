@@ -14,16 +14,17 @@ namespace station {
 
 namespace {
 
-// A socket on a free port of the loopback interface, and that port.
-std::pair<platform::FileDescriptor, std::uint16_t> boundSocket() {
+// A socket on a port of that address, a free one for 0, and that port.
+std::pair<platform::FileDescriptor, std::uint16_t> boundSocket(const std::string& host, std::uint16_t port) {
   platform::FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address = {};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_addr.s_addr = inet_addr(host.c_str());
+  address.sin_port = htons(port);
   socklen_t size = sizeof address;
   if (bind(socket.get(), reinterpret_cast<sockaddr*>(&address), size) != 0 ||
       getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("no port on the loopback interface");
+    throw std::runtime_error("no port at " + host);
   }
   return {std::move(socket), ntohs(address.sin_port)};
 }
@@ -70,8 +71,8 @@ std::optional<std::string> HttpRequest::header(const std::string& name) const {
   return std::nullopt;
 }
 
-TestServer::TestServer() {
-  std::tie(listener_, port_) = boundSocket();
+TestServer::TestServer(const std::string& address, std::uint16_t port) {
+  std::tie(listener_, port_) = boundSocket(address, port);
   listen(listener_.get(), 64);
   accepter_ = std::thread([this] { acceptAll(); });
 }
@@ -187,7 +188,7 @@ void TestServer::serve(int socket) {
 }
 
 RefusingPort::RefusingPort() {
-  std::tie(socket_, port_) = boundSocket();
+  std::tie(socket_, port_) = boundSocket("127.0.0.1", 0);
 }
 
 std::string RefusingPort::url(const std::string& path) const {

@@ -36,13 +36,15 @@ struct HttpAnswer {
   bool reset = false;
 };
 
-// A photo server of the test's own, on a free port of the loopback interface. Each connection carries one
-// request. What is not set is answered with 404. All of it may be called from any thread.
+// A photo server of the test's own, on a free port of the loopback interface or where the test says. Each
+// connection carries one request. What is not set is answered with 404. All of it may be called from any
+// thread.
 class TestServer {
  public:
   using Answer = std::function<HttpAnswer(const HttpRequest&)>;
 
-  TestServer();
+  // Throws std::runtime_error when the port cannot be had. Port 0 is a free one.
+  explicit TestServer(const std::string& address = "127.0.0.1", std::uint16_t port = 0);
   // Ends all connections.
   ~TestServer();
   TestServer(const TestServer&) = delete;
