@@ -259,36 +259,39 @@ bool ExifBlock::setUserComment(std::string_view field, std::size_t limit) {
   return true;
 }
 
+std::optional<PropertyList> ExifBlock::numberAt(std::size_t position, Kind kind) const {
+  switch (kind) {
+    case Kind::Short:
+      return std::int64_t{number(position, 2)};
+    case Kind::Long:
+      return std::int64_t{number(position, 4)};
+    case Kind::SignedShort:
+      return std::int64_t{static_cast<std::int16_t>(number(position, 2))};
+    case Kind::SignedLong:
+      return std::int64_t{static_cast<std::int32_t>(number(position, 4))};
+    case Kind::Rational:
+      return double{1} * number(position, 4) / number(position + 4, 4);
+    case Kind::SignedRational:
+      return double{1} * static_cast<std::int32_t>(number(position, 4)) /
+             static_cast<std::int32_t>(number(position + 4, 4));
+    default:
+      return std::nullopt;
+  }
+}
+
 PropertyList ExifBlock::propertyList(const Value& value) const {
+  if (value.kind == Kind::Ascii) {
+    return value.bytes.substr(0, value.bytes.find('\0'));
+  }
   const auto start = static_cast<std::size_t>(value.bytes.data() - bytes_.data());
-  const std::size_t size = sizeOf(static_cast<std::uint32_t>(value.kind));
   platform::Array numbers;
-  for (std::size_t position = start; position < start + value.bytes.size(); position += size) {
-    switch (value.kind) {
-      case Kind::Short:
-      case Kind::Long:
-        numbers.emplace_back(std::int64_t{number(position, size)});
-        break;
-      case Kind::SignedShort:
-        numbers.emplace_back(std::int64_t{static_cast<std::int16_t>(number(position, size))});
-        break;
-      case Kind::SignedLong:
-        numbers.emplace_back(std::int64_t{static_cast<std::int32_t>(number(position, size))});
-        break;
-      case Kind::Rational:
-        numbers.emplace_back(double{1} * number(position, 4) / number(position + 4, 4));
-        break;
-      case Kind::SignedRational:
-        numbers.emplace_back(double{1} * static_cast<std::int32_t>(number(position, 4)) /
-                             static_cast<std::int32_t>(number(position + 4, 4)));
-        break;
-      case Kind::Ascii:
-        return std::string(value.bytes.substr(0, value.bytes.find('\0')));
-      default: {
-        const auto* const bytes = reinterpret_cast<const std::byte*>(value.bytes.data());
-        return platform::Data(bytes, bytes + value.bytes.size());
-      }
+  for (std::size_t i = 0; i < value.bytes.size(); i += sizeOf(static_cast<std::uint32_t>(value.kind))) {
+    auto each = numberAt(start + i, value.kind);
+    if (!each) {
+      const auto* const bytes = reinterpret_cast<const std::byte*>(value.bytes.data());
+      return platform::Data(bytes, bytes + value.bytes.size());
     }
+    numbers.push_back(std::move(*each));
   }
   return numbers.size() == 1 ? numbers.front() : PropertyList(std::move(numbers));
 }

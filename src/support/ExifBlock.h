@@ -70,6 +70,8 @@ class ExifBlock {
   std::optional<std::size_t> entry(const Directory& directory, std::uint32_t tag) const;
   // The value of the entry at this position; absent when it does not lie inside.
   std::optional<Value> value(std::size_t entry) const;
+  // Absent for a kind that is no number.
+  std::optional<platform::PropertyList> numberAt(std::size_t position, Kind kind) const;
   bool findDirectories();
   // Writes the directory again at the end, with room for an entry `tag`, and answers that entry's position;
   // absent when the directory is full.

@@ -37,7 +37,7 @@ constexpr std::array kEncodings{StringEncoding::ASCII,
 
 std::optional<std::string> textOf(const std::vector<char>& bytes, std::size_t limit,
                                   StringEncoding encoding) {
-  const auto text =
+  auto text =
       lumo::ZELKOR_NSStringAdditions::stringWithCString_maxLength_encoding(bytes.data(), limit, encoding);
   require(!text || platform::isValidUtf8(*text), "a text is UTF-8");
   return text;

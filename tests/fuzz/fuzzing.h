@@ -29,7 +29,7 @@ class Lines {
   // The next line without its break, and the empty text after the last one.
   std::string next() {
     const std::size_t end = rest_.find('\n');
-    const std::string line(rest_.substr(0, end));
+    std::string line(rest_.substr(0, end));
     isDone_ = end == std::string_view::npos;
     rest_ = isDone_ ? std::string_view() : rest_.substr(end + 1);
     return line;

@@ -130,6 +130,7 @@ TEST(ExifBlockTest, TheDictionaryIsForPeople) {
                                  {0x9209, 9, 1, bytesOf(-7U, 4, false)},
                                  {0xA001, 8, 1, bytesOf(0xFFFE, 2, false)},
                                  undefined(0xA000, "0100"),
+                                 {0xA433, 2, 0, ""},
                                  {0xBEEF, 4, 1, bytesOf(4'000'000'000, 4, false)}}}));
   ASSERT_TRUE(block);
   const platform::Dictionary expected{{"ExposureTime", 0.25},
@@ -141,6 +142,7 @@ TEST(ExifBlockTest, TheDictionaryIsForPeople) {
                                       {"Flash", -7},
                                       {"ColorSpace", -2},
                                       {"FlashPixVersion", "0100"},
+                                      {"LensMake", ""},
                                       {"0xbeef", std::int64_t{4'000'000'000}}};
   EXPECT_EQ(block->dictionary(), expected);
 }

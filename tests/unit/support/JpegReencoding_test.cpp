@@ -91,6 +91,15 @@ TEST(JpegReencodingTest, SizeAndResolutionOfColoursStay) {
   }
 }
 
+TEST(JpegReencodingTest, AProgressivePictureBecomesAUsualOne) {
+  const std::string jpeg = picture(64, 48, TJSAMP_420, 95, TJFLAG_PROGRESSIVE);
+  EXPECT_GT(readJpegSegments(jpeg)->scans, 1U);
+  const auto made = reencodedJpeg(jpeg, *readJpegSegments(jpeg), 90);
+  ASSERT_TRUE(made);
+  EXPECT_EQ(readJpegSegments(*made)->scans, 1U);
+  EXPECT_LT(differenceOf(jpeg, *made, TJPF_RGB), 3.0);
+}
+
 TEST(JpegReencodingTest, TheQualityCounts) {
   const std::string jpeg = picture(200, 200);
   const auto parts = readJpegSegments(jpeg);

@@ -86,7 +86,8 @@ inline std::string tiff(std::vector<Entry> main, const std::optional<std::vector
 }
 
 // A picture whose every row differs, without any metadata.
-inline std::string picture(int width = 64, int height = 48, int sampling = TJSAMP_420, int quality = 95) {
+inline std::string picture(int width = 64, int height = 48, int sampling = TJSAMP_420, int quality = 95,
+                           int flags = 0) {
   std::string pixels;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
@@ -99,7 +100,7 @@ inline std::string picture(int width = 64, int height = 48, int sampling = TJSAM
   unsigned char* bytes = nullptr;
   unsigned long size = 0;
   EXPECT_EQ(tjCompress2(encoder.get(), reinterpret_cast<const unsigned char*>(pixels.data()), width, 0,
-                        height, TJPF_RGB, &bytes, &size, sampling, quality, 0),
+                        height, TJPF_RGB, &bytes, &size, sampling, quality, flags),
             0);
   const std::unique_ptr<unsigned char, void (*)(unsigned char*)> owned(bytes, tjFree);
   return {reinterpret_cast<const char*>(bytes), size};
