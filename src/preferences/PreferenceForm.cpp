@@ -112,7 +112,10 @@ SettingValue shownValue(const PreferenceKey& key, const std::optional<PropertyLi
   if (key.type == PreferenceType::Boolean) {
     return value && platform::boolValue(*value).value_or(false);
   }
-  if (!value || !matches(key.type, *value)) {
+  if (!value) {
+    return std::string(key.codeDefault != nullptr ? key.codeDefault : "");
+  }
+  if (!matches(key.type, *value)) {
     return std::string();
   }
   if (const auto* array = value->as<platform::Array>()) {

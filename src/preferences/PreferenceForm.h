@@ -21,7 +21,8 @@ std::vector<platform::SettingGroup> settingGroups();
 // The places of the protected groups among them.
 std::vector<std::size_t> protectedGroups();
 
-// What a form shows for a value; a value that the readers of the key would not take shows as none.
+// What a form shows for a value: that in effect. Without a value it is what the code itself uses; a value
+// that the readers of the key would not take shows as none.
 platform::SettingValue shownValue(const PreferenceKey& key,
                                   const std::optional<platform::PropertyList>& value);
 

@@ -1,3 +1,5 @@
+#include <map>
+
 #include <gmock/gmock.h>
 
 #include "app/PreferenceKeys.h"
@@ -65,12 +67,18 @@ class SettingsTest : public StationTest {
     }
     return "";
   }
-  Accessible control(const PreferenceKey& key) {
-    const auto found = dialog().find(key.input == PreferenceInput::Switch ? "switch" : "text box", key.title);
-    EXPECT_TRUE(found) << key.name << "\n" << description(dialog());
-    return found.value();
+  // The controls by their titles, as they are now, in one walk: the tree is large.
+  std::map<std::string, Accessible> controls() {
+    std::map<std::string, Accessible> found;
+    dialog().walk([&found](const Accessible& item, int) {
+      const std::string role = item.role();
+      if (role == "switch" || role == "text box") {
+        found.emplace(item.name(), item);
+      }
+    });
+    return found;
   }
-  Accessible control(const char* key) { return control(*lumo::preferenceKey(key)); }
+  Accessible control(const char* key) { return controls().at(lumo::preferenceKey(key)->title); }
   std::optional<PropertyList> stored(const std::string& key) {
     const auto list =
         platform::propertyListFromFile(station.configurationFolder() / "lumo/com.lumo.LumoBrowser.plist");
@@ -82,31 +90,40 @@ class SettingsTest : public StationTest {
     return waitUntil([&] { return stored(key) == value; });
   }
   // Turns a switch and waits for the file.
-  void turn(const PreferenceKey& key) {
-    const Accessible found = control(key);
-    const bool before = found.isChecked();
-    ASSERT_TRUE(found.press()) << key.name;
+  void turn(const PreferenceKey& key, const Accessible& control) {
+    const bool before = control.isChecked();
+    ASSERT_TRUE(control.press()) << key.name;
     EXPECT_TRUE(isStoredSoon(key.name, PropertyList(!before))) << key.name;
-    EXPECT_TRUE(waitUntil([&] { return control(key).isChecked() == !before; })) << key.name;
+    EXPECT_TRUE(waitUntil([&] { return control.isChecked() == !before; })) << key.name;
   }
+  void turn(const char* key) { turn(*lumo::preferenceKey(key), control(key)); }
   // Turns each switch twice, writes into each field, and looks into the file.
   void changeAll(const std::vector<const PreferenceKey*>& changed) {
+    const auto all = controls();
     for (const PreferenceKey* key : changed) {
+      const Accessible& control = all.at(key->title);
       if (key->input == PreferenceInput::Switch) {
-        turn(*key);
-        turn(*key);
+        turn(*key, control);
+        turn(*key, control);
       } else {
-        ASSERT_TRUE(control(*key).write("/of/" + std::string(key->name))) << key->name;
+        ASSERT_TRUE(control.write("/of/" + std::string(key->name))) << key->name;
       }
     }
     // Whatever is used next ends the change of a text.
-    turn(*lumo::preferenceKey(lumo::prefClearCacheAtLaunch));
+    turn(lumo::prefClearCacheAtLaunch);
     for (const PreferenceKey* key : changed) {
       if (key->input != PreferenceInput::Switch) {
         const PropertyList written = "/of/" + std::string(key->name);
         EXPECT_EQ(stored(key->name),
                   key->type == PreferenceType::Array ? PropertyList(Array{written}) : written);
       }
+    }
+  }
+  // Whether those keys can be changed, all or none.
+  void expectSensitive(const std::vector<const PreferenceKey*>& expected, bool sensitive) {
+    const auto all = controls();
+    for (const PreferenceKey* key : expected) {
+      EXPECT_EQ(all.at(key->title).isSensitive(), sensitive) << key->name;
     }
   }
 };
@@ -140,40 +157,34 @@ TEST_F(SettingsTest, EveryOpenSettingIsStoredInTheFile) {
 TEST_F(SettingsTest, TheProtectedSettingsAreLockedUntilTheyAreOpened) {
   startAtHome();
   openSettings();
-  for (const PreferenceKey* key : keys(true)) {
-    EXPECT_FALSE(control(*key).isSensitive()) << key->name;
-  }
-  turn(*lumo::preferenceKey(lumo::prefEnableLockedFields1));
-  for (const PreferenceKey* key : keys(true)) {
-    EXPECT_TRUE(control(*key).isSensitive()) << key->name;
-  }
+  expectSensitive(keys(true), false);
+  turn(lumo::prefEnableLockedFields1);
+  expectSensitive(keys(true), true);
   changeAll(keys(true));
 
   ASSERT_TRUE(dialog().find("button", "Close")->press());
   ASSERT_TRUE(isClosedSoon());
   openSettings();
   EXPECT_TRUE(isStoredSoon(lumo::prefEnableLockedFields1, PropertyList(0)));
-  for (const PreferenceKey* key : keys(true)) {
-    EXPECT_FALSE(control(*key).isSensitive()) << key->name;
-  }
+  expectSensitive(keys(true), false);
 }
 
 TEST_F(SettingsTest, LevelAndNavigationBarFollowAtOnce) {
   startAtHome();
   openSettings();
-  turn(*lumo::preferenceKey(lumo::prefWindowAlwaysStatusLevel));
+  turn(lumo::prefWindowAlwaysStatusLevel);
   EXPECT_TRUE(waitUntil([this] {
     return ::testing::Value(station.screen().states(station.window()), Contains("_NET_WM_STATE_ABOVE"));
   }));
-  turn(*lumo::preferenceKey(lumo::prefWindowAlwaysStatusLevel));
+  turn(lumo::prefWindowAlwaysStatusLevel);
   EXPECT_TRUE(waitUntil([this] {
     return ::testing::Value(station.screen().states(station.window()), Not(Contains("_NET_WM_STATE_ABOVE")));
   }));
 
   ASSERT_TRUE(station.control("button", "Home"));
-  turn(*lumo::preferenceKey(lumo::prefShowNavigationBar));
+  turn(lumo::prefShowNavigationBar);
   EXPECT_TRUE(waitUntil([this] { return !station.control("button", "Home"); }));
-  turn(*lumo::preferenceKey(lumo::prefShowNavigationBar));
+  turn(lumo::prefShowNavigationBar);
   EXPECT_TRUE(waitUntil([this] { return station.control("button", "Home").has_value(); }));
 }
 
@@ -200,7 +211,7 @@ TEST_F(SettingsTest, WhatIsNoAddressIsRefusedWithAReason) {
   startAtHome();
   openSettings();
   ASSERT_TRUE(control(lumo::prefServerAddress).write("http://my server/"));
-  turn(*lumo::preferenceKey(lumo::prefClearCacheAtLaunch));
+  turn(lumo::prefClearCacheAtLaunch);
   EXPECT_TRUE(
       waitUntil([this] { return says("This is no address. It reads like http://10.0.0.5:9090/path"); }));
   EXPECT_EQ(stored(lumo::prefServerAddress), PropertyList(server.url("/home")));

@@ -87,6 +87,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Shown{lumo::prefServerAddress, "http://s", "http://s"},
                     Shown{lumo::prefServerAddress, 5, "5"}, Shown{lumo::prefServerAddress, nullopt, ""},
                     Shown{lumo::prefServerAddress, Dictionary{}, ""},
+                    Shown{lumo::prefJunivaPhotoStationListPath, nullopt, "registrationorders"},
+                    Shown{lumo::prefJunivaPhotoStationListPath, "a", "a"},
                     Shown{lumo::prefPathNamesToForceFocus, "/a, /b,,/c ", "/a\n/b\n/c"},
                     Shown{lumo::prefPathNamesToForceFocus, "", ""},
                     Shown{lumo::prefArrayOfPathNamesToDataForLumo, Array{"a", "b"}, "a\nb"},
