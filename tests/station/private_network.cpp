@@ -72,7 +72,7 @@ void onThreadIn(const platform::FileDescriptor& space, const std::function<void(
       work);
 }
 
-void write(const char* file, const std::string& text) {
+void writeFile(const char* file, const std::string& text) {
   std::ofstream out(file);
   if (!(out << text << std::flush)) {
     fail(file);
@@ -89,9 +89,9 @@ void becomeAble() {
   if (unshare(CLONE_NEWUSER) != 0) {
     fail("unshare, as a user who is not root");
   }
-  write("/proc/self/setgroups", "deny");
-  write("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
-  write("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+  writeFile("/proc/self/setgroups", "deny");
+  writeFile("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+  writeFile("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
 }
 
 platform::FileDescriptor newNamespace() {
@@ -202,6 +202,7 @@ PrivateNetwork::PrivateNetwork() {
     ip(std::string("link set ") + kShopLink + " up");
     watch_ = watcher();
   });
+  changeCounter(std::string("link set ") + kCounterLink + " up");
   // The kernel keeps few packets for who does not fetch them.
   watcher_ = std::thread([this] {
     while (!ended_) {
@@ -210,7 +211,6 @@ PrivateNetwork::PrivateNetwork() {
       takePackets();
     }
   });
-  changeCounter(std::string("link set ") + kCounterLink + " up");
 }
 
 PrivateNetwork::~PrivateNetwork() {
