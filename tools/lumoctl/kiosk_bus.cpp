@@ -24,6 +24,8 @@ constexpr const char* kNotificationPath = "/com/lumo/DistributedNotifications";
 constexpr const char* kNotificationInterface = "com.lumo.DistributedNotifications";
 constexpr int kConnectPatience = 5000;
 constexpr int kBusPatience = 5000;
+// How long a copy that has found another kiosk on this machine waits for that one to come to this bus.
+constexpr int kOtherCopyPatience = 5000;
 // A kiosk that has just been started is busy with its first page.
 constexpr int kKioskPatience = 20000;
 
@@ -74,6 +76,8 @@ struct Birth {
   GMainLoop* loop;
   bool owned = false;
   std::optional<int> status;
+  // The timer that ends the wait for another copy.
+  guint giveUp = 0;
 };
 
 std::string endText(int status) {
@@ -246,20 +250,35 @@ std::optional<std::string> KioskBus::start(const std::string& program, std::chro
         [](GPid, int status, gpointer data) {
           auto* birth = static_cast<Birth*>(data);
           birth->status = status;
-          // A copy that ends well has found another one, which is about to be there.
           if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
             g_main_loop_quit(birth->loop);
+            return;
           }
+          // A copy that ends well has found another one, which may be about to be there.
+          birth->giveUp = g_timeout_add(
+              kOtherCopyPatience,
+              [](gpointer data) -> gboolean {
+                auto* birth = static_cast<Birth*>(data);
+                birth->giveUp = 0;
+                g_main_loop_quit(birth->loop);
+                return G_SOURCE_REMOVE;
+              },
+              birth);
         },
         &birth);
-    if (!runFor(birth.loop, static_cast<guint>(patience.count()))) {
-      refusal = birth.status ? "a kiosk runs, but not on this session bus"
-                             : "the kiosk was started, but did not come up in time";
+    runFor(birth.loop, static_cast<guint>(patience.count()));
+    if (!birth.owned && !birth.status) {
+      refusal = "the kiosk was started, but did not come up in time";
+    } else if (!birth.owned && WIFEXITED(*birth.status) && WEXITSTATUS(*birth.status) == 0) {
+      refusal = "a kiosk runs, but not on this session bus";
     } else if (!birth.owned) {
       refusal = endText(*birth.status);
     }
     if (!birth.status) {
       g_source_remove(end);
+    }
+    if (birth.giveUp != 0) {
+      g_source_remove(birth.giveUp);
     }
   }
   g_bus_unwatch_name(watch);
