@@ -90,12 +90,27 @@ TEST_F(ExitTest, TheKeyboardChoosesAnAnswerAndStaysInTheQuestion) {
     station.key("Tab");
     EXPECT_TRUE(hasFocusSoon(next)) << focusedAnswer();
   }
+  station.key("shift+Tab");
+  EXPECT_TRUE(hasFocusSoon("Close Window and Release Order")) << focusedAnswer();
+  station.key("Right");
+  EXPECT_TRUE(hasFocusSoon("Close Window and Release Order")) << focusedAnswer();
+  station.key("Left");
+  EXPECT_TRUE(hasFocusSoon("Close Window Only")) << focusedAnswer();
+  station.key("Left");
+  EXPECT_TRUE(hasFocusSoon("Cancel")) << focusedAnswer();
   station.key("space");
   ASSERT_TRUE(isAskedNoMore());
 
+  // At once with Enter: the first answer.
   station.key("ctrl+q");
   ASSERT_TRUE(hasFocusSoon("Cancel"));
-  station.key("Right");
+  station.key("Return");
+  ASSERT_TRUE(isAskedNoMore());
+  EXPECT_TRUE(station.kiosk().isRunning());
+
+  station.key("ctrl+q");
+  ASSERT_TRUE(hasFocusSoon("Cancel"));
+  station.key("Tab");
   ASSERT_TRUE(hasFocusSoon("Close Window Only"));
   station.key("Return");
   EXPECT_EQ(station.kiosk().end(), "exit status 0");
@@ -143,6 +158,38 @@ TEST_F(ExitTest, TheScreenIsPressedForAnAnswerOverADimmedPageThatHearsNothing) {
   ASSERT_TRUE(close && station.clickOn(*close));
   EXPECT_EQ(station.kiosk().end(), "exit status 0");
   EXPECT_THAT(listener->heardToTheEnd(), ElementsAre(releaseOf("closedwindow", server.url("/home"))));
+  EXPECT_EQ(server.count("/touched"), 1);
+}
+
+class ExitByTouchTest : public ExitTest {
+ protected:
+  ExitByTouchTest() : ExitTest({.touch = true}) {}
+};
+
+TEST_F(ExitByTouchTest, AFingerChoosesAnAnswerAndThePageBehindFeelsNothing) {
+  server.set("/home", HttpAnswer{page(kRed, "<script>onpointerdown = () => fetch('/touched')</script>")});
+  server.set("/touched", HttpAnswer{"ok"});
+  startAtHome();
+  const Area frame = station.screen().frame(station.window());
+  const int x = frame.x + 40;
+  const int y = frame.y + frame.height - 40;
+  station.tap(x, y);
+  ASSERT_TRUE(waitUntil([this] { return server.count("/touched") == 1; })) << "the page cannot be touched";
+
+  station.key("ctrl+q");
+  ASSERT_TRUE(isAskedSoon());
+  station.tap(x, y);
+  const auto cancel = station.control("button", "Cancel");
+  ASSERT_TRUE(cancel && station.tapOn(*cancel));
+  ASSERT_TRUE(isAskedNoMore());
+  EXPECT_TRUE(station.logs("AppDelegate->alertDidEnd:returnCode:contextInfo:....returnCode = 1000"));
+
+  station.key("ctrl+q");
+  ASSERT_TRUE(isAskedSoon());
+  const auto release = station.control("button", "Close Window and Release Order");
+  ASSERT_TRUE(release && station.tapOn(*release));
+  EXPECT_EQ(station.kiosk().end(), "exit status 0");
+  EXPECT_THAT(listener->heardToTheEnd(), ElementsAre(releaseOf("cancelled_registered", server.url("/home"))));
   EXPECT_EQ(server.count("/touched"), 1);
 }
 

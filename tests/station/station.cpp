@@ -20,7 +20,8 @@ namespace {
 // How many there are. Orphans of theirs are nobody's in particular.
 int stations = 0;
 
-constexpr const char* kScreenSize = "1280x1024x24";
+const std::string kScreenSize = "1280x1024";
+constexpr const char* kScreenDepth = "x24";
 
 std::string contents(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
@@ -65,7 +66,7 @@ Station::Station(const Equipment& equipment) : folder_(madeFolder()) {
                  {"XDG_RUNTIME_DIR", folder_ / "runtime"},
                  {"LANG", "C.UTF-8"}};
   if (equipment.screen) {
-    startScreen();
+    startScreen(equipment.touch);
   }
   if (equipment.screen && equipment.windowManager) {
     startWindowManager();
@@ -92,17 +93,21 @@ Station::~Station() {
   fs::remove_all(folder_, ignored);
 }
 
-void Station::startScreen() {
+void Station::startScreen(bool touch) {
   int ends[2];
   if (pipe(ends) != 0) {
     throw std::runtime_error("no pipe");
   }
   const platform::FileDescriptor readEnd(ends[0]);
   platform::FileDescriptor writeEnd(ends[1]);
-  xServer_ = std::make_unique<ChildProcess>(
-      std::vector<std::string>{"Xvfb", "-displayfd", "3", "-screen", "0", kScreenSize, "-nolisten", "tcp",
-                               "-noreset", "-ac"},
-      environment, folder_ / "screen.txt", writeEnd.get());
+  std::vector<std::string> command{"Xvfb", "-screen", "0", kScreenSize + kScreenDepth};
+  if (touch) {
+    touchScreen_ = std::make_unique<TouchScreen>(folder_, kScreenSize);
+    command = touchScreen_->command();
+  }
+  // Other users of the machine may show windows on it.
+  command.insert(command.end(), {"-displayfd", "3", "-nolisten", "tcp", "-noreset", "-ac"});
+  xServer_ = std::make_unique<ChildProcess>(command, environment, folder_ / "screen.txt", writeEnd.get());
   writeEnd.reset();
   // It writes its number and a line break when it is ready.
   std::string number;
@@ -307,22 +312,37 @@ bool Station::press(const std::string& name) {
   });
 }
 
-bool Station::clickOn(const Accessible& control) {
+std::optional<Area> Station::middleOf(const Accessible& control) {
   const Area area = control.extents();
   const Area frame = screen_->frame(window());
   if (area.width <= 0 || frame.width <= 0) {
-    return false;
+    return std::nullopt;
   }
-  click(frame.x + area.x + area.width / 2, frame.y + area.y + area.height / 2);
-  return true;
+  return Area{frame.x + area.x + area.width / 2, frame.y + area.y + area.height / 2, 1, 1};
+}
+
+bool Station::clickOn(const Accessible& control) {
+  const auto middle = middleOf(control);
+  if (middle) {
+    click(middle->x, middle->y);
+  }
+  return middle.has_value();
+}
+
+bool Station::tapOn(const Accessible& control) {
+  const auto middle = middleOf(control);
+  if (middle) {
+    tap(middle->x, middle->y);
+  }
+  return middle.has_value();
 }
 
 void Station::keepEvidence(const fs::path& target) {
   std::error_code ignored;
   fs::remove_all(target, ignored);
   fs::create_directories(target);
-  for (const char* name :
-       {"kiosk.txt", "copy.txt", "screen.txt", "windows.txt", "bus.txt", "tools.txt", "said.txt"}) {
+  for (const char* name : {"kiosk.txt", "copy.txt", "screen.txt", "xorg.txt", "windows.txt", "bus.txt",
+                           "tools.txt", "said.txt"}) {
     fs::copy_file(folder_ / name, target / name, ignored);
   }
   fs::copy_file(logFile(), target / "LumoBrowser.log", ignored);

@@ -17,6 +17,7 @@
 #include "station/child_process.h"
 #include "station/screen.h"
 #include "station/test_server.h"
+#include "station/touch_screen.h"
 #include "station/waiting.h"
 
 namespace station {
@@ -26,6 +27,8 @@ struct Equipment {
   bool screen = true;
   bool windowManager = true;
   bool bus = true;
+  // Whether the screen can be touched.
+  bool touch = false;
 };
 
 // A photo station for one test: a home of its own, a virtual screen, a session bus, and the built kiosk on
@@ -101,6 +104,8 @@ class Station {
   void key(const std::string& combination);
   void type(const std::string& text);
   void click(int x, int y, int button = 1);
+  // Touches the screen, where it can be.
+  void tap(int x, int y) { touchScreen_->tap(x, y); }
 
   // The kiosk's controls; absent while it is not on the accessibility bus.
   std::optional<Accessible> controls();
@@ -110,6 +115,7 @@ class Station {
   bool press(const std::string& name);
   // Clicks into the middle of it.
   bool clickOn(const Accessible& control);
+  bool tapOn(const Accessible& control);
 
   const std::filesystem::path& folder() const { return folder_; }
   std::filesystem::path logFile() const;
@@ -118,14 +124,17 @@ class Station {
   void keepEvidence(const std::filesystem::path& target);
 
  private:
-  void startScreen();
+  void startScreen(bool touch);
   void startWindowManager();
   void run(const std::vector<std::string>& command);
+  // The middle of the control on the screen; absent when it has none.
+  std::optional<Area> middleOf(const Accessible& control);
   std::filesystem::path preferenceFile() const;
 
   std::filesystem::path folder_;
   std::vector<std::pair<std::string, Preference>> preferences_;
   std::unique_ptr<ChildProcess> bus_;
+  std::unique_ptr<TouchScreen> touchScreen_;
   std::unique_ptr<ChildProcess> xServer_;
   std::unique_ptr<ChildProcess> windowManager_;
   std::unique_ptr<Screen> screen_;
