@@ -47,6 +47,11 @@ class WaysInTest : public StationTest {
     }
     return *peer_;
   }
+  std::optional<std::string> requestService(const std::string& text) {
+    return peer().answer(peer().sendToKiosk(
+        kServices, "SearchFromPasteboard",
+        g_variant_new("(@as@asss)", texts({"NSStringPboardType"}), texts({}), text.c_str(), "")));
+  }
   // What was asked for is on the screen, in the preferences, and has been asked for once.
   void expectLoadedOnce(const std::string& path = "/next") {
     EXPECT_TRUE(station.shows(kGreen));
@@ -125,10 +130,7 @@ TEST_F(WaysInTest, ALinkThatAnotherDesktopOpens) {
 
 TEST_F(WaysInTest, AServicesRequest) {
   startAtHome();
-  const auto call = peer().sendToKiosk(
-      kServices, "SearchFromPasteboard",
-      g_variant_new("(@as@asss)", texts({"NSStringPboardType"}), texts({}), server.url("/next").c_str(), ""));
-  EXPECT_EQ(peer().answer(call), "");
+  EXPECT_EQ(requestService(server.url("/next")), "");
   expectLoadedOnce();
 }
 
@@ -152,6 +154,12 @@ TEST_F(WaysInTest, APlaceholderStandsForThePhotoServerOnEveryWay) {
     expectShown(path);
     path = next();
     EXPECT_EQ(peer().answer(peer().sendOpen({link + path})), "");
+    expectShown(path);
+  }
+  // A services request is a text that somebody selected: no launcher has escaped it.
+  for (const char* text : {"lumobrowser://[junivaserver]", " http://[dorvinserver]"}) {
+    const std::string path = next();
+    EXPECT_EQ(requestService(text + path + "\n"), "");
     expectShown(path);
   }
   for (const char* opener : {"gio", "xdg-open"}) {
