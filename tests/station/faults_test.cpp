@@ -51,7 +51,7 @@ class FaultsTest : public ExitTest {
   }
   // A copy of the built bundle, with lumoctl beside it, in a folder of that name.
   fs::path copyBundle(const std::string& name) const {
-    const fs::path bundle = station.folder() / name / "LumoBrowser.app";
+    fs::path bundle = station.folder() / name / "LumoBrowser.app";
     fs::create_directories(bundle.parent_path());
     fs::copy(fs::path(LUMO_KIOSK).parent_path(), bundle, fs::copy_options::recursive);
     fs::copy_file(LUMO_CTL, bundle.parent_path() / "lumoctl");

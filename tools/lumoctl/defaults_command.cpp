@@ -275,7 +275,10 @@ int importDefaults(const DefaultsImport& command, platform::UserDefaults& defaul
   }
   for (const auto& [key, value] : *values) {
     if (key.empty() || !canBeStored(key, value)) {
-      return failed(streams, name + ": the value for \"" + key + "\" cannot be stored, nothing is changed");
+      return failed(streams, std::string(name)
+                                 .append(": the value for \"")
+                                 .append(key)
+                                 .append("\" cannot be stored, nothing is changed"));
     }
   }
   for (const auto& [key, value] : *values) {
