@@ -66,6 +66,9 @@ class Application {
   // Asks the delegate and, when it answers Now, ends the loop after everything that has been posted was sent.
   // Any thread (it hops to the main queue when needed).
   virtual void terminate() = 0;
+  // For a block of the main queue that must not be returned to: runs the event loop from inside it until the
+  // application has terminated, then ends the process.
+  [[noreturn]] virtual void runToTermination() = 0;
 
   virtual void setServicesProvider(ServicesProvider* provider) = 0;
   // What a menu item of this action name ("ibReloadPage:") does. An item without a handler is disabled.

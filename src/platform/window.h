@@ -117,6 +117,10 @@ class WindowSystem {
   virtual std::unique_ptr<Window> loadWindow(const std::string& name) = 0;
   // A new web view with the usual configuration, in no window yet.
   virtual std::unique_ptr<WebView> makeWebView(const Rect& frame) = 0;
+  // Shows `alert` in front of all that the application shows: on its frontmost window, above the sheets that
+  // are open there; where no window is visible, in one of its own. `completion` runs once on the main queue
+  // with the answer, or never when that window goes first. Such alerts of one window wait their turn.
+  virtual void beginApplicationAlert(const Alert& alert, AlertCompletion completion) = 0;
   // The frames of the screens, the first one first; empty when none is attached.
   virtual std::vector<Rect> screens() const = 0;
 };

@@ -60,6 +60,15 @@ TEST_F(FakeApplicationTest, SaysWhenARunComesToRestWithoutAnEnd) {
   EXPECT_THROW(machine.application.run(delegate), std::logic_error);
 }
 
+TEST_F(FakeApplicationTest, ABlockThatIsNotReturnedToEndsWithTheApplication) {
+  machine.application.setDelegate(&delegate);
+  machine.dispatch.main().after(Millis{500}, [&] { machine.application.terminate(); });
+  EXPECT_THROW(machine.application.runToTermination(), fakes::ProcessExit);
+  EXPECT_EQ(machine.dispatch.now(), Millis{500});
+  EXPECT_EQ(machine.application.exitStatus(), 0);
+  EXPECT_THAT(delegate.heard, ElementsAre("will terminate"));
+}
+
 TEST_F(FakeApplicationTest, SendsWhatWasPostedBeforeItGoes) {
   machine.application.launch(delegate);
   machine.application.terminate();

@@ -282,3 +282,28 @@ TEST(LinuxApplicationDeathTest, WritesBufferedOutputWhenItExits) {
       },
       testing::ExitedWithCode(7), "the last words");
 }
+
+TEST(LinuxApplicationDeathTest, ABlockThatIsNotReturnedToKeepsTheLoopGoingToTheEnd) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/no/such/bus");
+        platform::LinuxDispatch dispatch;
+        platform::SessionBus bus(dispatch);
+        const platform::Bundle bundle;
+        platform::LinuxApplication application(dispatch, bus, bundle);
+        RecordingDelegate delegate(dispatch);
+        delegate.on("willTerminate", [] { std::fputs("told of the end", stderr); });
+        delegate.on("didFinishLaunching", [&] {
+          dispatch.main().async([&] {
+            dispatch.main().after(10ms, [&] {
+              std::fputs("others run, ", stderr);
+              application.terminate();
+            });
+            application.runToTermination();
+          });
+        });
+        application.run(delegate);
+      },
+      testing::ExitedWithCode(0), "others run, told of the end");
+}

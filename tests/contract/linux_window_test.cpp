@@ -183,6 +183,59 @@ TEST_F(LinuxWindowTest, AnAlertKeepsAllItsTextAndEveryButtonOnANarrowWindow) {
   }
 }
 
+// The window of the application's alerts, null while it is not shown.
+GtkWindow* windowOfAlert(const std::string& text) {
+  GListModel* list = gtk_window_get_toplevels();
+  for (guint at = 0; at < g_list_model_get_n_items(list); ++at) {
+    auto* toplevel = static_cast<GtkWidget*>(g_list_model_get_item(list, at));
+    g_object_unref(toplevel);
+    for (GtkWidget* label : LinuxToolkit::withClass(toplevel, "lumo-alert-message")) {
+      if (gtk_label_get_text(GTK_LABEL(label)) == text && gtk_widget_get_mapped(label) != FALSE) {
+        return GTK_WINDOW(toplevel);
+      }
+    }
+  }
+  return nullptr;
+}
+
+TEST_F(LinuxWindowTest, AnAlertOfTheApplicationIsShownOnTheFrontmostWindowAboveItsSheets) {
+  const auto sheet = harness.windows().loadWindow("ContractSheet");
+  window->beginSheet(*sheet, nullptr);
+  harness.windows().beginApplicationAlert(question("Missing", {"Quit"}), noting("Missing"));
+  ASSERT_TRUE(harness.runUntil([&] { return windowOfAlert("Missing") != nullptr; }));
+  EXPECT_EQ(windowOfAlert("Missing"), LinuxToolkit::toplevel(*window));
+  EXPECT_EQ(focus(), button("Missing", "Quit"));
+  EXPECT_FALSE(gtk_widget_is_sensitive(LinuxToolkit::widget(sheet->contentView())));
+  EXPECT_TRUE(escape());
+  EXPECT_THAT(answers, ElementsAre("Missing 1000"));
+  EXPECT_TRUE(gtk_widget_is_sensitive(LinuxToolkit::widget(sheet->contentView())));
+  window->endSheet(*sheet, 0);
+}
+
+TEST_F(LinuxWindowTest, WhereNoWindowIsVisibleAnAlertOfTheApplicationHasOneThatOnlyItsAnswerCloses) {
+  window->orderOut();
+  // A second one while the first is open.
+  for (const std::string text : {"Missing", "Missing too"}) {
+    harness.windows().beginApplicationAlert(question(text, {"Quit"}), noting(text));
+  }
+  for (const std::string text : {"Missing", "Missing too"}) {
+    ASSERT_TRUE(harness.runUntil([&] { return windowOfAlert(text) != nullptr; })) << text;
+    GtkWindow* own = windowOfAlert(text);
+    EXPECT_NE(own, LinuxToolkit::toplevel(*window));
+    EXPECT_STREQ(gtk_window_get_title(own), "Lumo Browser");
+    gtk_window_close(own);
+    EXPECT_EQ(windowOfAlert(text), own);
+    g_signal_emit_by_name(gtk_window_get_focus(own), "clicked");
+    EXPECT_EQ(windowOfAlert(text), nullptr);
+  }
+  EXPECT_THAT(answers, ElementsAre("Missing 1000", "Missing too 1000"));
+  // The next one finds the window again that is visible then.
+  window->makeKeyAndOrderFront();
+  harness.windows().beginApplicationAlert(question("Later", {"Quit"}), noting("Later"));
+  EXPECT_THAT(shown(), ElementsAre("Later"));
+  harness.answer(*window, "Later", "Quit");
+}
+
 TEST_F(LinuxWindowTest, TheOverlayKeepsClicksFromThePage) {
   GtkWidget* toplevel = GTK_WIDGET(LinuxToolkit::toplevel(*window));
   GtkWidget* second = widgetOf("second");

@@ -29,7 +29,8 @@ class ToolkitHarness {
   virtual void requestClose(platform::Window& window) = 0;
   // Escape, with this sheet in front.
   virtual void pressEscape(platform::Window& sheet) = 0;
-  // The texts of the alerts that can be seen in a toplevel: its own, its sheet's, its overlay's.
+  // The texts of the alerts that can be seen in a toplevel: its own, its sheet's, its overlay's, the
+  // application's.
   virtual std::vector<std::string> shownAlerts(platform::Window& toplevel) = 0;
   // Presses a button of the alert that shows `text`, after writing into its field when it has one.
   virtual void answer(platform::Window& toplevel, const std::string& text, const std::string& button,
@@ -80,11 +81,12 @@ class FakeToolkit : public ToolkitHarness {
                          });
     }
   }
-  static std::vector<std::pair<const platform::Alert*, Press>> alerts(platform::Window& toplevel) {
+  std::vector<std::pair<const platform::Alert*, Press>> alerts(platform::Window& toplevel) {
     std::vector<std::pair<const platform::Alert*, Press>> found;
     addAlert(found, &fake(toplevel));
     addAlert(found, fake(toplevel).currentSheet());
     addAlert(found, fake(toplevel).overlay());
+    addAlert(found, &windows_);
     return found;
   }
   static fakes::FakeWindow& fake(platform::Window& window) {

@@ -13,6 +13,7 @@ using platform::View;
 using platform::Window;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 Alert question(const std::string& text, const std::vector<std::string>& buttons = {"OK", "Cancel"}) {
   Alert alert;
@@ -241,6 +242,31 @@ TYPED_TEST(WindowContract, TheOverlayHasAlertsOfItsOwn) {
   EXPECT_THAT(this->shown(), ElementsAre("below"));
   this->answer("below", "OK");
   EXPECT_THAT(this->answers, ElementsAre("above 1000", "below 1000"));
+}
+
+TYPED_TEST(WindowContract, AnAlertOfTheApplicationWaitsForNoSheetAndNoOtherAlert) {
+  const auto sheet = this->makeSheet();
+  this->window->beginSheet(*sheet, this->notingCode("sheet"));
+  sheet->beginAlert(question("below"), this->noting("below"));
+  this->harness.windows().beginApplicationAlert(question("above", {"Quit"}), this->noting("above"));
+  EXPECT_THAT(this->shown(), UnorderedElementsAre("below", "above"));
+  this->answer("above", "Quit");
+  EXPECT_THAT(this->answers, ElementsAre("above 1000"));
+  EXPECT_THAT(this->shown(), ElementsAre("below"));
+  this->answer("below", "OK");
+  this->window->endSheet(*sheet, 1);
+  EXPECT_THAT(this->answers, ElementsAre("above 1000", "below 1000", "sheet 1"));
+}
+
+TYPED_TEST(WindowContract, AlertsOfTheApplicationWaitForEachOther) {
+  for (const char* text : {"first", "second"}) {
+    this->harness.windows().beginApplicationAlert(question(text), this->noting(text));
+  }
+  EXPECT_THAT(this->shown(), ElementsAre("first"));
+  this->answer("first", "Cancel");
+  EXPECT_THAT(this->shown(), ElementsAre("second"));
+  this->answer("second", "OK");
+  EXPECT_THAT(this->answers, ElementsAre("first 1001", "second 1000"));
 }
 
 TYPED_TEST(WindowContract, TheOverlayIsAWindowOfItsOwn) {

@@ -39,15 +39,25 @@ void FakeApplication::launch(platform::ApplicationDelegate& delegate) {
 }
 
 int FakeApplication::run(platform::ApplicationDelegate& delegate) {
-  constexpr platform::Millis kDay = std::chrono::hours(24);
   launch(delegate);
+  passUntilTerminated();
+  return 0;
+}
+
+void FakeApplication::runToTermination() {
+  record("runToTermination");
+  passUntilTerminated();
+  exitProcess(0);
+}
+
+void FakeApplication::passUntilTerminated() {
+  constexpr platform::Millis kDay = std::chrono::hours(24);
   const platform::Millis end = dispatch_.now() + kDay;
   while (!terminated_ && dispatch_.now() < end && dispatch_.advanceToNextTimer()) {
   }
   if (!terminated_) {
     throw std::logic_error("the application came to rest without terminating");
   }
-  return 0;
 }
 
 void FakeApplication::terminate() {

@@ -28,6 +28,8 @@ class FakeApplication final : public platform::Application {
   // when it does not within a simulated day.
   int run(platform::ApplicationDelegate& delegate) override;
   void terminate() override;
+  // Lets simulated time pass as run does, then throws ProcessExit.
+  [[noreturn]] void runToTermination() override;
   void setServicesProvider(platform::ServicesProvider* provider) override;
   void setMenuAction(const std::string& action, std::function<void()> handler) override;
   void setMenuBarVisible(bool visible) override;
@@ -85,6 +87,7 @@ class FakeApplication final : public platform::Application {
  private:
   void record(const std::string& what) { journal_.add("application " + what); }
   platform::ApplicationDelegate& delegate() const;
+  void passUntilTerminated();
 
   SimDispatch& dispatch_;
   Journal& journal_;

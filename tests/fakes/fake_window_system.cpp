@@ -8,7 +8,9 @@ namespace fakes {
 using platform::Rect;
 
 FakeWindowSystem::FakeWindowSystem(Stage stage)
-    : stage_(stage), screens_(std::make_shared<std::vector<Rect>>(1, Rect{0, 0, 1920, 1080})) {
+    : stage_(stage),
+      screens_(std::make_shared<std::vector<Rect>>(1, Rect{0, 0, 1920, 1080})),
+      alerts_(stage, "application") {
   describe("MyWebViewWindowController", FakeWindow::Kind::Toplevel, describeBrowserWindow);
   describe("MyPreferencesWindowController", FakeWindow::Kind::Sheet, describePreferencesWindow);
   describe("FindLumoJunivaServerWindowController", FakeWindow::Kind::Sheet, describeFinderWindow);
@@ -41,6 +43,11 @@ std::unique_ptr<platform::WebView> FakeWindowSystem::makeWebView(const Rect& fra
   auto view = std::make_unique<FakeWebView>(stage_, name, options);
   webViews_.emplace_back(view.get(), view->lifetime());
   return view;
+}
+
+void FakeWindowSystem::beginApplicationAlert(const platform::Alert& alert,
+                                             platform::AlertCompletion completion) {
+  alerts_.addAlert(alert, std::move(completion));
 }
 
 FakeWindow* FakeWindowSystem::window(const std::string& name) const {

@@ -10,6 +10,7 @@
 #include "platform/window.h"
 #include "tests/fakes/fake_web_view.h"
 #include "tests/fakes/fake_window.h"
+#include "tests/fakes/sheet_queue.h"
 
 namespace fakes {
 
@@ -23,7 +24,17 @@ class FakeWindowSystem final : public platform::WindowSystem {
 
   std::unique_ptr<platform::Window> loadWindow(const std::string& name) override;
   std::unique_ptr<platform::WebView> makeWebView(const platform::Rect& frame) override;
+  void beginApplicationAlert(const platform::Alert& alert, platform::AlertCompletion completion) override;
   std::vector<platform::Rect> screens() const override { return *screens_; }
+
+  // The application's alert that is shown now, or null, and the person's answer to it. Throws
+  // std::logic_error when no alert with such a button is shown.
+  const platform::Alert* currentAlert() const { return alerts_.currentAlert(); }
+  void pressAlertButton(const std::string& title, const std::string& text = "") {
+    alerts_.press(title, text);
+  }
+  // The application's alerts go unanswered, as with the window on which they were shown.
+  void dropAlerts() { alerts_.clear(); }
 
   // One screen of 1920 x 1080 at first.
   void setScreens(std::vector<platform::Rect> screens) { *screens_ = std::move(screens); }
@@ -52,6 +63,7 @@ class FakeWindowSystem final : public platform::WindowSystem {
   FakeWindow::Screens screens_;
   std::map<std::string, std::pair<FakeWindow::Kind, Description>> descriptions_;
   platform::Block closedByPerson_;
+  SheetQueue alerts_;
   std::vector<std::string> loaded_;
   Living<FakeWindow> windows_;
   Living<FakeWebView> webViews_;

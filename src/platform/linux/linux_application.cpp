@@ -246,6 +246,13 @@ void LinuxApplication::terminate() {
   }
 }
 
+void LinuxApplication::runToTermination() {
+  while (!state_->ended) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+  LinuxApplication::exitProcess(EXIT_SUCCESS);
+}
+
 void LinuxApplication::setServicesProvider(ServicesProvider* provider) {
   state_->services = provider;
 }

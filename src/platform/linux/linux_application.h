@@ -26,6 +26,7 @@ class LinuxApplication : public Application {
   void activateOther(const RunningApplication& other, unsigned options) override;
   int run(ApplicationDelegate& delegate) override;
   void terminate() override;
+  [[noreturn]] void runToTermination() override;
   void setServicesProvider(ServicesProvider* provider) override;
   void setMenuAction(const std::string& action, std::function<void()> handler) override;
   void setMenuBarVisible(bool visible) override;

@@ -5,8 +5,10 @@
 #include "platform/bundle.h"
 #include "platform/linux/action_scope.h"
 #include "platform/linux/layer_bin.h"
+#include "platform/linux/linux_view.h"
 #include "platform/linux/linux_window.h"
 #include "platform/linux/web_engine.h"
+#include "platform/linux/window_front.h"
 #include "platform/log.h"
 #include "platform/web_view.h"
 
@@ -19,7 +21,16 @@ bool hasObject(GtkBuilder* builder, const char* name, GType type) {
   return object != nullptr && g_type_is_a(G_OBJECT_TYPE(object), type) != FALSE;
 }
 
+class StaysOpen : public WindowDelegate {
+ public:
+  bool windowShouldClose(Window& /*window*/) override { return false; }
+  void windowDidResize(Window& /*window*/) override {}
+  void windowDidEnterFullScreen(Window& /*window*/) override {}
+} staysOpen;
+
 }  // namespace
+
+LinuxWindowSystem::~LinuxWindowSystem() = default;
 
 LinuxWindowSystem::LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& application, const Bundle& bundle,
                                      WebEngine& engine)
@@ -75,6 +86,49 @@ std::unique_ptr<WebView> LinuxWindowSystem::makeWebView(const Rect& frame) {
   std::unique_ptr<WebView> made = engine_.makeWebView();
   made->setFrame(frame);
   return made;
+}
+
+std::unique_ptr<LinuxWindow> LinuxWindowSystem::makeAlertWindow() {
+  // It goes with the answer to its alert; nothing else closes it.
+  constexpr const char* kDescription = R"(<interface>
+    <object class="GtkWindow" id="window">
+      <property name="default-width">560</property>
+      <property name="default-height">320</property>
+      <property name="deletable">false</property>
+      <child><object class="GtkOverlay" id="sheetRoot">
+        <child><object class="GtkBox" id="contentView"/></child>
+      </object></child>
+    </object></interface>)";
+  GtkBuilder* builder = gtk_builder_new_from_string(kDescription, -1);
+  auto window = std::make_unique<LinuxWindow>(dispatch_, application_, builder);
+  g_object_unref(builder);
+  window->setTitle(bundle_.infoString("CFBundleDisplayName").value_or("LumoBrowser"));
+  window->setLevel(kStatusWindowLevel);
+  window->setDelegate(&staysOpen);
+  return window;
+}
+
+void LinuxWindowSystem::beginApplicationAlert(const Alert& alert, AlertCompletion completion) {
+  GtkWindow* front = frontmostWindow();
+  auto* window = front == nullptr ? nullptr : dynamic_cast<LinuxWindow*>(windowOf(GTK_WIDGET(front)));
+  if (window == nullptr || window->host() == nullptr) {
+    if (alertWindow_ == nullptr) {
+      alertWindow_ = makeAlertWindow();
+    }
+    window = alertWindow_.get();
+  }
+  if (window == alertWindow_.get()) {
+    ++alertsOfOwnWindow_;
+    completion = [this, completion = std::move(completion)](const AlertResponse& response) {
+      if (--alertsOfOwnWindow_ == 0) {
+        alertWindow_->orderOut();
+      }
+      completion(response);
+    };
+  }
+  // An owner of its own: it waits for no sheet of the window.
+  window->host()->enqueueAlert(this, alert, std::move(completion));
+  window->makeKeyAndOrderFront();
 }
 
 std::vector<Rect> LinuxWindowSystem::screens() const {

@@ -123,6 +123,11 @@ bool hasActiveWindow() {
                              [](GtkWindow* window) { return gtk_window_is_active(window) != FALSE; });
 }
 
+GtkWindow* frontmostWindow() {
+  const std::vector<GtkWindow*> windows = visibleWindows();
+  return windows.empty() ? nullptr : windows.back();
+}
+
 void bringWindowsToFront(unsigned options) {
   const std::vector<GtkWindow*> windows = visibleWindows();
   if (windows.empty()) {

@@ -57,6 +57,9 @@ class NotedScreens final : public platform::WindowSystem {
   std::unique_ptr<platform::WebView> makeWebView(const platform::Rect& frame) override {
     return windows_.makeWebView(frame);
   }
+  void beginApplicationAlert(const platform::Alert& alert, platform::AlertCompletion completion) override {
+    windows_.beginApplicationAlert(alert, std::move(completion));
+  }
   std::vector<platform::Rect> screens() const override {
     journal_.add("windows screens");
     return windows_.screens();
