@@ -35,15 +35,16 @@ soak: ## Play a thousand orders on one kiosk, with all that goes wrong in a shop
 	cmake --build --preset dev
 	LUMO_ORDERS=$(ORDERS) build/dev/station_tests --gtest_filter='SoakTest.*'
 
-bench: ## Compare start, memory, receipts, EXIF comments and the search for servers with other programs
+bench: ## Compare start, memory, receipts, EXIF comments, the log and more with other programs
 	@scripts/setup build bench
 	@$(CONFIGURE) release
 	cmake --build --preset release
-	cmake --build --preset release --target first_pixel receipt_steps server_scan exif_steps
+	cmake --build --preset release --target first_pixel receipt_steps server_scan exif_steps support_steps
 	bench/run
 	bench/receipt
 	bench/scan
 	bench/exif
+	bench/support
 
 check: ## Check format, layers and words
 	@scripts/setup build test
