@@ -11,8 +11,8 @@ class NotificationCenter;
 class UserDefaults;
 class WindowSystem;
 
-// Everything that the system gets from the machine, given to each controller from outside: built in main.cpp,
-// or by a test. Nothing is owned; all of it outlives the controllers.
+// Everything that the system gets from the machine, given to each controller from outside: by kiosk.cpp or by
+// a test. Nothing is owned; all of it outlives the controllers.
 struct Platform {
   Dispatch& dispatch;
   Application& application;
