@@ -21,6 +21,10 @@ std::string description(const WebError& error) {
                           error.failingUrlString);
 }
 
+std::string description(const WebFrame& frame) {
+  return stringWithFormat("<WebFrame: {main: %@, request: %@}>", frame.isMain ? "YES" : "NO", frame.request);
+}
+
 std::string description(const NavigationAction& action) {
   return stringWithFormat("<WKNavigationAction: {request: %@, mainFrame: %@}>", action.request,
                           action.isMainFrame ? "YES" : "NO");

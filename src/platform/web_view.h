@@ -113,12 +113,69 @@ class WebViewDelegate {
   virtual void webViewDidClose(WebView& view) = 0;
 };
 
+// One frame of a page, the main one or one inside it, and how far its load has come.
+struct WebFrame {
+  bool isMain = true;
+  // What was asked for, as it stands after the redirects so far; absent for a text of the system's own that
+  // has no address.
+  std::optional<UrlRequest> request;
+  // What was answered, absent until it has come. Not HTTP for a text of the system's own.
+  std::optional<NavigationResponse> response;
+};
+
+std::string description(const WebFrame& frame);
+
+// Hears of the loads of every frame of a view and of each resource that they consist of, on the main queue.
+// Not owned by the view. A load that a newer one has replaced is not told of any more; a frame that shows
+// nothing of a server (its text is an attribute of the page) has no failures.
+class WebFrameDelegate {
+ public:
+  virtual ~WebFrameDelegate() = default;
+
+  virtual void webView_didStartProvisionalLoadForFrame(WebView& view, const WebFrame& frame) = 0;
+  virtual void webView_didReceiveServerRedirectForProvisionalLoadForFrame(WebView& view,
+                                                                          const WebFrame& frame) = 0;
+  virtual void webView_didCommitLoadForFrame(WebView& view, const WebFrame& frame) = 0;
+  virtual void webView_didReceiveTitle_forFrame(WebView& view, const std::string& title,
+                                                const WebFrame& frame) = 0;
+  virtual void webView_didFinishLoadForFrame(WebView& view, const WebFrame& frame) = 0;
+  // Before anything of the frame was shown, and after.
+  virtual void webView_didFailProvisionalLoadWithError_forFrame(WebView& view, const WebError& error,
+                                                                const WebFrame& frame) = 0;
+  virtual void webView_didFailLoadWithError_forFrame(WebView& view, const WebError& error,
+                                                     const WebFrame& frame) = 0;
+  // The page has changed its own address, or the person has gone to another place in it.
+  virtual void webView_didChangeLocationWithinPageForFrame(WebView& view, const WebFrame& frame) = 0;
+  // A new page takes the place of this main frame.
+  virtual void webView_willCloseFrame(WebView& view, const WebFrame& frame) = 0;
+
+  // What stands for the resource in the calls that follow; absent for no such thing. `dataSource` is here and
+  // below the main frame: which frame a resource belongs to is not known.
+  virtual std::optional<std::string> webView_identifierForInitialRequest_fromDataSource(
+      WebView& view, const UrlRequest& request, const WebFrame& dataSource) = 0;
+  // Before the request, and before each that follows a redirect, which is absent for the first.
+  virtual void webView_resource_willSendRequest_redirectResponse_fromDataSource(
+      WebView& view, const std::optional<std::string>& identifier, const UrlRequest& request,
+      const std::optional<NavigationResponse>& redirectResponse, const WebFrame& dataSource) = 0;
+  virtual void webView_resource_didReceiveResponse_fromDataSource(
+      WebView& view, const std::optional<std::string>& identifier, const NavigationResponse& response,
+      const WebFrame& dataSource) = 0;
+  virtual void webView_resource_didFinishLoadingFromDataSource(WebView& view,
+                                                               const std::optional<std::string>& identifier,
+                                                               const WebFrame& dataSource) = 0;
+  virtual void webView_resource_didFailLoadingWithError_fromDataSource(
+      WebView& view, const std::optional<std::string>& identifier, const WebError& error,
+      const WebFrame& dataSource) = 0;
+};
+
 // A page of the web engine. Main queue only. A dormant view (the legacy one of a window description) costs
 // nothing until it is first shown or loaded: it answers from the settings and creates its engine view on
 // first use.
 class WebView : public virtual View {
  public:
   virtual void setDelegate(WebViewDelegate* delegate) = 0;
+  // Frames and resources are told of from the next load on. Beside the delegate, and none at first.
+  virtual void setFrameDelegate(WebFrameDelegate* delegate) = 0;
 
   virtual void load(const UrlRequest& request) = 0;
   // Shows a text of the system's own making. Without a base address the page has none.

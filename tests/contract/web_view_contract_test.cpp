@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/contract/frame_recorder.h"
 #include "tests/contract/web_recorder.h"
 
 namespace {
@@ -185,6 +186,38 @@ TYPED_TEST(WebViewContract, ATextOfTheSystemsOwnHasTheAddressThatItIsGiven) {
   EXPECT_EQ(this->delegate.address(this->harness.view()), "/base");
   EXPECT_EQ(this->delegate.heard.back(), "finish at /base");
   EXPECT_THAT(this->delegate.errors, IsEmpty());
+}
+
+TYPED_TEST(WebViewContract, TellsOfItsMainFrame) {
+  FrameRecorder frames;
+  frames.server = this->harness.server();
+  this->harness.view().setFrameDelegate(&frames);
+  this->load("/");
+  EXPECT_THAT(frames.heard, ElementsAre("start /", "commit /", "finish /"));
+  frames.heard.clear();
+  this->load("/fields");
+  EXPECT_THAT(frames.heard, ElementsAre("start /fields", "close /", "commit /fields", "finish /fields"));
+  ASSERT_EQ(frames.finished.size(), 2U);
+  EXPECT_TRUE(frames.finished[1].isMain);
+  ASSERT_TRUE(frames.finished[1].response);
+  EXPECT_EQ(frames.finished[1].response->statusCode, 404);
+  EXPECT_NE(platform::headerValue(frames.finished[1].response->headers, "X-Print"), nullptr);
+  frames.heard.clear();
+  this->delegate.responsePolicy = NavigationPolicy::Cancel;
+  this->load("/");
+  EXPECT_THAT(frames.heard, ElementsAre("start /", "provisional failure 102 /"));
+  this->harness.view().setFrameDelegate(nullptr);
+}
+
+TYPED_TEST(WebViewContract, TheFrameOfATextOfTheSystemsOwnHasNoRequest) {
+  FrameRecorder frames;
+  this->harness.view().setFrameDelegate(&frames);
+  this->harness.view().loadHTMLString("<p>text</p>", std::nullopt);
+  this->harness.settle();
+  EXPECT_THAT(frames.heard, ElementsAre("start nothing", "commit nothing", "finish nothing"));
+  ASSERT_EQ(frames.finished.size(), 1U);
+  EXPECT_FALSE(frames.finished[0].response && frames.finished[0].response->isHttp);
+  this->harness.view().setFrameDelegate(nullptr);
 }
 
 TYPED_TEST(WebViewContract, AnswersForItsAgentAtOnce) {

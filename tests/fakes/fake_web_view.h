@@ -36,6 +36,7 @@ class FakeWebView final : public FakeView, public platform::WebView {
   platform::ViewKind kind() const override { return platform::ViewKind::WebView; }
   void setHidden(bool hidden) override;
   void setDelegate(platform::WebViewDelegate* delegate) override { delegate_ = delegate; }
+  void setFrameDelegate(platform::WebFrameDelegate* delegate) override { frameDelegate_ = delegate; }
   void load(const platform::UrlRequest& request) override;
   void loadHTMLString(const std::string& html, const std::optional<platform::Url>& base) override;
   std::optional<platform::Url> url() const override;
@@ -75,6 +76,18 @@ class FakeWebView final : public FakeView, public platform::WebView {
   // An answer for a frame inside the page, which changes nothing of the main frame.
   std::optional<platform::NavigationPolicy> answerSubframeResponse(const std::string& address, int status,
                                                                    platform::HeaderFields headers = {});
+  // A frame inside the page loads, or fails to, without any question about it: the frame delegate alone hears
+  // of it.
+  void browseInnerFrame(const std::string& address, int status = 200, platform::HeaderFields headers = {});
+  void failInnerFrame(const std::string& address, const platform::WebError& error);
+  // The page gets a title, and an address of its own making.
+  void receiveTitle(const std::string& title);
+  void changeLocation(const std::string& address);
+  // Something that is no frame is asked for, redirected once when `redirectedFrom` is given, and comes or
+  // fails.
+  void loadResource(const std::string& address,
+                    const std::optional<std::string>& redirectedFrom = std::nullopt,
+                    const std::optional<platform::WebError>& error = std::nullopt);
   // The last decision's answer, absent until it has come.
   std::optional<platform::NavigationPolicy> lastPolicy() const { return *lastPolicy_; }
   // The page has been loaded. What is missing before (start, an answer of 200 without fields) happens first;
@@ -134,9 +147,18 @@ class FakeWebView final : public FakeView, public platform::WebView {
   bool reach(Phase phase);
   void failCancelled();
   platform::UrlRequest frameRequest() const;
+  // Tells of the main frame.
+  using FrameCall = void (platform::WebFrameDelegate::*)(platform::WebView&, const platform::WebFrame&);
+  void tellFrame(FrameCall call);
+  void commitFrame();
+  void tellFailure(const platform::WebError& error, bool provisional);
   std::shared_ptr<PanelAnswer> newPanel() const { return std::make_shared<PanelAnswer>(); }
 
   platform::WebViewDelegate* delegate_ = nullptr;
+  platform::WebFrameDelegate* frameDelegate_ = nullptr;
+  // The main frame's load that is or was under way, and the one that is seen.
+  platform::WebFrame main_;
+  std::optional<platform::WebFrame> shown_;
   bool dormant_;
   bool cacheDisabled_ = false;
   bool failsCancelledResponses_ = true;

@@ -99,6 +99,13 @@ std::optional<NavigationPolicy> FakeWebView::startNavigation() {
     if (delegate_ != nullptr) {
       delegate_->webView_didStartProvisionalNavigation(*this);
     }
+    main_ = platform::WebFrame{};
+    if (pending_) {
+      main_.request = *pending_;
+    } else if (pendingBase_) {
+      main_.request = UrlRequest{*pendingBase_, {}, platform::Millis{0}, {}};
+    }
+    tellFrame(&platform::WebFrameDelegate::webView_didStartProvisionalLoadForFrame);
   };
   if (delegate_ == nullptr) {
     start(NavigationPolicy::Allow);
@@ -138,6 +145,8 @@ std::optional<NavigationPolicy> FakeWebView::answer(const NavigationResponse& re
     committed_ = response.url;
     phase_ = Phase::Committed;
     progress_ = 0.5;
+    main_.response = response;
+    commitFrame();
   };
   if (delegate_ == nullptr) {
     commit(NavigationPolicy::Allow);
@@ -162,9 +171,8 @@ void FakeWebView::failCancelled() {
     return;
   }
   stage().dispatch.main().async([this, alive = lifetime(), serial = navigation_, address] {
-    if (!alive.expired() && serial == navigation_ && delegate_ != nullptr) {
-      delegate_->webView_didFailProvisionalNavigation_withError(
-          *this, {platform::kErrorFrameLoadInterrupted, "Frame load interrupted", address});
+    if (!alive.expired() && serial == navigation_) {
+      tellFailure({platform::kErrorFrameLoadInterrupted, "Frame load interrupted", address}, true);
     }
   });
 }
@@ -179,6 +187,8 @@ bool FakeWebView::reach(Phase phase) {
     } else {
       committed_ = pendingBase_;
       phase_ = Phase::Committed;
+      main_.response = NavigationResponse{pendingBase_, false, 0, {}, true};
+      commitFrame();
     }
   }
   return phase_ >= phase;
@@ -189,8 +199,10 @@ std::optional<NavigationPolicy> FakeWebView::answerResponse(int status, HeaderFi
   if (!reach(Phase::Started) || !pending_) {
     return std::nullopt;
   }
-  if (address) {
+  if (address && parsed(*address) != pending_->url) {
     pending_->url = parsed(*address);
+    main_.request->url = pending_->url;
+    tellFrame(&platform::WebFrameDelegate::webView_didReceiveServerRedirectForProvisionalLoadForFrame);
   }
   return answer({pending_->url, true, status, std::move(headers), true});
 }
@@ -217,6 +229,7 @@ bool FakeWebView::finish() {
   if (delegate_ != nullptr) {
     delegate_->webView_didFinishNavigation(*this);
   }
+  tellFrame(&platform::WebFrameDelegate::webView_didFinishLoadForFrame);
   return true;
 }
 
@@ -231,9 +244,7 @@ void FakeWebView::failProvisional(const WebError& error) {
   }
   phase_ = Phase::Idle;
   pending_.reset();
-  if (delegate_ != nullptr) {
-    delegate_->webView_didFailProvisionalNavigation_withError(*this, error);
-  }
+  tellFailure(error, true);
 }
 
 void FakeWebView::failProvisional(int code, const std::string& text) {
@@ -250,9 +261,98 @@ void FakeWebView::fail(const WebError& error) {
   }
   phase_ = Phase::Idle;
   pending_.reset();
-  if (delegate_ != nullptr) {
-    delegate_->webView_didFailNavigation_withError(*this, error);
+  tellFailure(error, false);
+}
+
+void FakeWebView::tellFrame(FrameCall call) {
+  if (frameDelegate_ != nullptr) {
+    (frameDelegate_->*call)(*this, main_);
   }
+}
+
+void FakeWebView::tellFailure(const WebError& error, bool provisional) {
+  if (delegate_ != nullptr) {
+    if (provisional) {
+      delegate_->webView_didFailProvisionalNavigation_withError(*this, error);
+    } else {
+      delegate_->webView_didFailNavigation_withError(*this, error);
+    }
+  }
+  if (frameDelegate_ != nullptr) {
+    if (provisional) {
+      frameDelegate_->webView_didFailProvisionalLoadWithError_forFrame(*this, error, main_);
+    } else {
+      frameDelegate_->webView_didFailLoadWithError_forFrame(*this, error, main_);
+    }
+  }
+}
+
+void FakeWebView::commitFrame() {
+  if (shown_ && frameDelegate_ != nullptr) {
+    frameDelegate_->webView_willCloseFrame(*this, *shown_);
+  }
+  shown_ = main_;
+  tellFrame(&platform::WebFrameDelegate::webView_didCommitLoadForFrame);
+}
+
+void FakeWebView::browseInnerFrame(const std::string& address, int status, HeaderFields headers) {
+  if (frameDelegate_ == nullptr) {
+    return;
+  }
+  platform::WebFrame inner{false, UrlRequest{parsed(address), {}, platform::Millis{0}, {}}, std::nullopt};
+  frameDelegate_->webView_didStartProvisionalLoadForFrame(*this, inner);
+  inner.response = NavigationResponse{inner.request->url, true, status, std::move(headers), false};
+  frameDelegate_->webView_didCommitLoadForFrame(*this, inner);
+  frameDelegate_->webView_didFinishLoadForFrame(*this, inner);
+}
+
+void FakeWebView::failInnerFrame(const std::string& address, const WebError& error) {
+  if (frameDelegate_ == nullptr) {
+    return;
+  }
+  const platform::WebFrame inner{false, UrlRequest{parsed(address), {}, platform::Millis{0}, {}},
+                                 std::nullopt};
+  frameDelegate_->webView_didStartProvisionalLoadForFrame(*this, inner);
+  frameDelegate_->webView_didFailProvisionalLoadWithError_forFrame(*this, error, inner);
+}
+
+void FakeWebView::receiveTitle(const std::string& title) {
+  if (frameDelegate_ != nullptr && shown_) {
+    frameDelegate_->webView_didReceiveTitle_forFrame(*this, title, *shown_);
+  }
+}
+
+void FakeWebView::changeLocation(const std::string& address) {
+  committed_ = parsed(address);
+  if (frameDelegate_ != nullptr && shown_ && shown_->request) {
+    shown_->request->url = *committed_;
+    frameDelegate_->webView_didChangeLocationWithinPageForFrame(*this, *shown_);
+  }
+}
+
+void FakeWebView::loadResource(const std::string& address, const std::optional<std::string>& redirectedFrom,
+                               const std::optional<WebError>& error) {
+  if (frameDelegate_ == nullptr) {
+    return;
+  }
+  UrlRequest request{parsed(redirectedFrom.value_or(address)), {}, platform::Millis{0}, {}};
+  const auto identifier =
+      frameDelegate_->webView_identifierForInitialRequest_fromDataSource(*this, request, main_);
+  frameDelegate_->webView_resource_willSendRequest_redirectResponse_fromDataSource(*this, identifier, request,
+                                                                                   std::nullopt, main_);
+  if (redirectedFrom) {
+    const NavigationResponse redirect{request.url, true, 302, {}, false};
+    request.url = parsed(address);
+    frameDelegate_->webView_resource_willSendRequest_redirectResponse_fromDataSource(
+        *this, identifier, request, redirect, main_);
+  }
+  if (error) {
+    frameDelegate_->webView_resource_didFailLoadingWithError_fromDataSource(*this, identifier, *error, main_);
+    return;
+  }
+  frameDelegate_->webView_resource_didReceiveResponse_fromDataSource(
+      *this, identifier, {request.url, true, 200, {}, false}, main_);
+  frameDelegate_->webView_resource_didFinishLoadingFromDataSource(*this, identifier, main_);
 }
 
 void FakeWebView::terminateProcess() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/linux/kiosk_answers.h"
+#include "platform/linux/linux_web_frames.h"
 #include "platform/linux/web_engine.h"
 #include "platform/log.h"
 
@@ -40,6 +41,7 @@ LinuxWebView::LinuxWebView(Dispatch& dispatch, WebEngine& engine, GtkWidget* wid
 }
 
 LinuxWebView::~LinuxWebView() {
+  frames_.reset();
   if (web_ != nullptr) {
     g_signal_handlers_disconnect_by_data(web_, this);
     if (widget() == GTK_WIDGET(web_)) {
@@ -66,6 +68,7 @@ WebKitWebView* LinuxWebView::engineView() {
 
 void LinuxWebView::connectEngine() {
   answerForView(web_);
+  followFrames();
   keepKeysFromTheTextView(GTK_WIDGET(web_));
   g_signal_connect(web_, "load-changed",
                    G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
@@ -101,6 +104,9 @@ void LinuxWebView::connectEngine() {
                      auto* view = static_cast<LinuxWebView*>(self);
                      NSLog("the web process has ended (reason %i)", static_cast<int>(reason));
                      view->stopTimer();
+                     if (view->frames_ != nullptr) {
+                       view->frames_->processEnded();
+                     }
                      if (view->delegate_ != nullptr) {
                        view->delegate_->webViewWebContentProcessDidTerminate(*view);
                      }
@@ -113,6 +119,17 @@ void LinuxWebView::connectEngine() {
                      }
                    }),
                    this);
+}
+
+void LinuxWebView::setFrameDelegate(WebFrameDelegate* delegate) {
+  frameDelegate_ = delegate;
+  followFrames();
+}
+
+void LinuxWebView::followFrames() {
+  frames_ = web_ == nullptr || frameDelegate_ == nullptr
+                ? nullptr
+                : std::make_unique<LinuxWebFrames>(*this, web_, *frameDelegate_);
 }
 
 void LinuxWebView::setHidden(bool hidden) {

@@ -7,6 +7,7 @@
 
 namespace platform {
 
+class LinuxWebFrames;
 class WebEngine;
 
 // An engine view, or the dormant place of one: then `widget` is a box, and the engine view is made and put
@@ -20,6 +21,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   void setHidden(bool hidden) override;
 
   void setDelegate(WebViewDelegate* delegate) override { delegate_ = delegate; }
+  void setFrameDelegate(WebFrameDelegate* delegate) override;
   void load(const UrlRequest& request) override;
   void loadHTMLString(const std::string& html, const std::optional<Url>& base) override;
   std::optional<Url> url() const override;
@@ -58,12 +60,15 @@ class LinuxWebView final : public LinuxView, public WebView {
 
   WebKitWebView* engineView();
   void connectEngine();
+  void followFrames();
   std::string userAgentNow() const;
   void applyUserAgent();
   UrlRequest frameRequest() const;
 
   void expect(const std::string& address, Millis timeout);
   bool isReplaced(const char* failing) const;
+  // Tells of a failure that counts.
+  void failed(const WebError& error, bool provisional);
   void loadChanged(WebKitLoadEvent event);
   bool loadFailed(WebKitLoadEvent event, const char* uri, const GError* error);
   void committed();
@@ -80,6 +85,9 @@ class LinuxWebView final : public LinuxView, public WebView {
   WebEngine& engine_;
   WebKitWebView* web_ = nullptr;
   WebViewDelegate* delegate_ = nullptr;
+  WebFrameDelegate* frameDelegate_ = nullptr;
+  // While there are both an engine view and somebody who wants to hear of its frames.
+  std::unique_ptr<LinuxWebFrames> frames_;
   std::optional<std::string> customUserAgent_;
   Navigation navigation_;
   // What was asked for last, until it commits or fails.

@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "platform/linux/linux_web_frames.h"
 #include "platform/linux/linux_web_view.h"
 #include "platform/linux/web_engine.h"
 #include "platform/log.h"
@@ -37,6 +38,9 @@ void LinuxWebView::load(const UrlRequest& request) {
     }
   }
   expect(address, request.timeout);
+  if (frames_ != nullptr) {
+    frames_->asked(request);
+  }
   requested_->blankExpected = address.starts_with(kBlankPage);
   webkit_web_view_load_request(web, asked);
   requested_->engineText = withoutFragment(webkit_web_view_get_uri(web));
@@ -47,6 +51,9 @@ void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<U
   WebKitWebView* web = engineView();
   expect(base ? base->absoluteString() : kBlankPage, Millis{0});
   requested_->addressless = !base;
+  if (frames_ != nullptr) {
+    frames_->asked(base ? std::optional(UrlRequest{*base, {}, Millis{0}, {}}) : std::nullopt);
+  }
   requested_->blankExpected = true;
   webkit_web_view_load_html(web, html.c_str(), base ? base->absoluteString().c_str() : nullptr);
   requested_->engineText = withoutFragment(webkit_web_view_get_uri(web));
@@ -101,10 +108,16 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       if (delegate_ != nullptr) {
         delegate_->webView_didStartProvisionalNavigation(*this);
       }
+      if (frames_ != nullptr) {
+        frames_->started(navigation_.serial != 0);
+      }
       break;
     case WEBKIT_LOAD_REDIRECTED:
       navigation_.redirected = true;
       startTimer();
+      if (frames_ != nullptr) {
+        frames_->redirected();
+      }
       break;
     case WEBKIT_LOAD_COMMITTED:
       stopTimer();
@@ -112,8 +125,14 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       break;
     case WEBKIT_LOAD_FINISHED:
       stopTimer();
-      if (!navigation_.failed && delegate_ != nullptr) {
+      if (navigation_.failed) {
+        break;
+      }
+      if (delegate_ != nullptr) {
         delegate_->webView_didFinishNavigation(*this);
+      }
+      if (frames_ != nullptr) {
+        frames_->finished();
       }
       break;
   }
@@ -127,14 +146,28 @@ void LinuxWebView::committed() {
   const char* uri = webkit_web_view_get_uri(web_);
   if (navigation_.requested.empty() || navigation_.blankExpected || uri == nullptr ||
       std::strcmp(uri, kBlankPage) != 0) {
+    if (frames_ != nullptr) {
+      frames_->committed();
+    }
     return;
   }
   // The engine refuses some ports without a word and shows an empty page instead.
   navigation_.failed = true;
+  failed({WEBKIT_POLICY_ERROR_CANNOT_USE_RESTRICTED_PORT, "The engine refuses this address",
+          navigation_.requested},
+         true);
+}
+
+void LinuxWebView::failed(const WebError& error, bool provisional) {
   if (delegate_ != nullptr) {
-    delegate_->webView_didFailProvisionalNavigation_withError(
-        *this, {WEBKIT_POLICY_ERROR_CANNOT_USE_RESTRICTED_PORT, "The engine refuses this address",
-                navigation_.requested});
+    if (provisional) {
+      delegate_->webView_didFailProvisionalNavigation_withError(*this, error);
+    } else {
+      delegate_->webView_didFailNavigation_withError(*this, error);
+    }
+  }
+  if (frames_ != nullptr) {
+    frames_->failed(error, provisional);
   }
 }
 
@@ -144,7 +177,7 @@ bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GErr
   const bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
   navigation_.failed = true;
   navigation_.timedOut = false;
-  if ((cancelled && !timedOut) || isReplaced(uri) || delegate_ == nullptr) {
+  if ((cancelled && !timedOut) || isReplaced(uri)) {
     // A newer load has taken this one's place; an error page now would replace the new page.
     return true;
   }
@@ -157,11 +190,7 @@ bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GErr
     failure.code = kErrorTimedOut;
     failure.localizedDescription = "The request timed out.";
   }
-  if (event == WEBKIT_LOAD_STARTED || event == WEBKIT_LOAD_REDIRECTED) {
-    delegate_->webView_didFailProvisionalNavigation_withError(*this, failure);
-  } else {
-    delegate_->webView_didFailNavigation_withError(*this, failure);
-  }
+  failed(failure, event == WEBKIT_LOAD_STARTED || event == WEBKIT_LOAD_REDIRECTED);
   return true;
 }
 

@@ -1,61 +1,14 @@
 #include <memory>
 
 #include "platform/linux/kiosk_answers.h"
+#include "platform/linux/linux_web_frames.h"
 #include "platform/linux/linux_web_view.h"
+#include "platform/linux/web_messages.h"
 #include "platform/log.h"
-#include "platform/strings.h"
 
 namespace platform {
 
 namespace {
-
-Url parsed(const char* uri) {
-  const auto url = uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
-  return url ? *url : *Url::parse("about:blank");
-}
-
-// The engine reads header bytes as Latin-1. What is UTF-8 when it is put back into bytes was UTF-8.
-std::string headerText(const char* engineText) {
-  std::string bytes;
-  for (const char* at = engineText; *at != '\0'; at = g_utf8_next_char(at)) {
-    const gunichar character = g_utf8_get_char_validated(at, -1);
-    if (character > 0xFF) {
-      return validUtf8(engineText);
-    }
-    bytes.push_back(static_cast<char>(character));
-  }
-  return isValidUtf8(bytes) ? bytes : validUtf8(engineText);
-}
-
-HeaderFields fieldsOf(SoupMessageHeaders* headers) {
-  HeaderFields fields;
-  if (headers == nullptr) {
-    return fields;
-  }
-  SoupMessageHeadersIter iterator;
-  soup_message_headers_iter_init(&iterator, headers);
-  const char* name = nullptr;
-  const char* value = nullptr;
-  while (soup_message_headers_iter_next(&iterator, &name, &value)) {
-    const std::string text = headerText(value);
-    bool repeated = false;
-    for (auto& [known, joined] : fields) {
-      if (known == name) {
-        joined += ", " + text;
-        repeated = true;
-      }
-    }
-    if (!repeated) {
-      fields.emplace_back(name, text);
-    }
-  }
-  return fields;
-}
-
-UrlRequest requestOf(WebKitURIRequest* request) {
-  return {parsed(webkit_uri_request_get_uri(request)), CachePolicy::UseProtocolCachePolicy, Millis{0},
-          fieldsOf(webkit_uri_request_get_http_headers(request))};
-}
 
 // Answers the engine exactly once: by the first call, or with "ignore" when it is dropped.
 class Decision {
@@ -111,27 +64,22 @@ bool LinuxWebView::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDeci
 void LinuxWebView::decideAction(WebKitNavigationPolicyDecision* decision) {
   WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(decision);
   const NavigationAction asked{requestOf(webkit_navigation_action_get_request(action)), true};
+  if (frames_ != nullptr && webkit_navigation_action_is_redirect(action) == FALSE) {
+    frames_->willLoad(asked.request);
+  }
   auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
   delegate_->webView_decidePolicyForNavigationAction_decisionHandler(
       *this, asked, [answer](NavigationPolicy policy) { answer->answer(policy); });
 }
 
 void LinuxWebView::decideResponse(WebKitResponsePolicyDecision* decision) {
-  WebKitURIResponse* answered = webkit_response_policy_decision_get_response(decision);
-  NavigationResponse response;
-  const char* uri = webkit_uri_response_get_uri(answered);
-  response.url = uri == nullptr ? std::nullopt : Url::parseEngineText(uri);
-  response.statusCode = static_cast<int>(webkit_uri_response_get_status_code(answered));
-  response.isHttp = response.statusCode != 0;
-  if (response.isHttp) {
-    response.headers = fieldsOf(webkit_uri_response_get_http_headers(answered));
-  }
+  NavigationResponse response = responseOf(webkit_response_policy_decision_get_response(decision));
   response.isMainFrame = webkit_response_policy_decision_is_main_frame_main_resource(decision) != FALSE;
 
   auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
   if (response.isMainFrame) {
     // The view's own address is still the old page's while a link's or form's answer is decided.
-    decidedUrl_ = parsed(webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision)));
+    decidedUrl_ = requestOf(webkit_response_policy_decision_get_request(decision)).url;
   }
   const bool showable = canBeShown(decision);
   delegate_->webView_decidePolicyForNavigationResponse_decisionHandler(
