@@ -1,6 +1,7 @@
 #include "browser/MyWebViewWindowController.h"
 
 #include "app/PreferenceKeys.h"
+#include "browser/LegacyWebViewDelegate.h"
 #include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/log.h"
@@ -66,8 +67,10 @@ MyWebViewWindowController::~MyWebViewWindowController() {
     platform_.notifications.removeObserver(token);
   }
   myPreferencesWindowController.reset();
+  myWebViewWindowController.reset();
   if (ibWebView != nullptr) {
     ibWebView->setDelegate(nullptr);
+    ibWebView->setFrameDelegate(nullptr);
   }
   if (ibWKWebView != nullptr) {
     ibWKWebView->setDelegate(nullptr);
@@ -96,6 +99,11 @@ void MyWebViewWindowController::connectOutlets() {
   ibProgressIndicator2 =
       dynamic_cast<platform::ProgressIndicator*>(window_->viewNamed("ibProgressIndicator2"));
   ibChildWindow = window_->overlay();
+  if (ibWebView != nullptr) {
+    legacyDelegate_ = std::make_unique<LegacyWebViewDelegate>(platform_, *this);
+    ibWebView->setDelegate(legacyDelegate_.get());
+    ibWebView->setFrameDelegate(legacyDelegate_.get());
+  }
 }
 
 void MyWebViewWindowController::connectActions() {

@@ -19,6 +19,7 @@
 
 namespace lumo {
 
+class LegacyWebViewDelegate;
 class MyPreferencesWindowController;
 
 // A rule that makes a view this much higher than its superview, in logical pixels.
@@ -56,6 +57,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   platform::ProgressIndicator* ibProgressIndicator2 = nullptr;
   platform::Overlay* ibChildWindow = nullptr;
   std::unique_ptr<MyPreferencesWindowController> myPreferencesWindowController;
+  // The second window, of the newest page of the legacy view that asked for one.
+  std::unique_ptr<MyWebViewWindowController> myWebViewWindowController;
   // The rule that the web view's height follows, and its constant as it was loaded. While a receipt is laid
   // out the constant is what the view then has more than its superview.
   std::weak_ptr<LayoutConstraint> ibWebViewContraintHeight;
@@ -202,6 +205,7 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   platform::SerialQueue webviewProcessQueue_;
   std::unique_ptr<platform::Window> window_;
   std::unique_ptr<platform::WebView> madeWebView_;
+  std::unique_ptr<LegacyWebViewDelegate> legacyDelegate_;
   std::vector<platform::NotificationCenter::Token> observers_;
   // While a toggle of the full-screen state waits on the main queue.
   bool toggleIsPosted_ = false;

@@ -10,9 +10,21 @@ namespace lumo {
 
 namespace {
 
-constexpr const char* kScannerHeader = "Glimmerpad-Plus-Scanner";
 constexpr const char* kPrintHeader = "Glimmerpad-Plus-Print";
 constexpr const char* kAddressField = "respurlstring";
+
+constexpr LegacyRoute kLegacyRoutes[] = {
+    {"/registrationorders/save", LegacyAction::Log},
+    {"/registrationorders/confirmsave", LegacyAction::Log},
+    {"/registration/save", LegacyAction::Save},
+    {"/registrationorders/photostationdata", LegacyAction::Release},
+    {"/registrationorders/posdata", LegacyAction::Release},
+    {"/registrationam/photostationdata", LegacyAction::Release, true},
+    {"/registrationam/posdata", LegacyAction::Release, true},
+    {"/registrationbookeo/photostationdata", LegacyAction::Release, true},
+    {"/registrationbookeo/posdata", LegacyAction::Release, true},
+    {"/gradorders/gowndata", LegacyAction::Release, true},
+};
 
 bool hasValue(const platform::HeaderFields& fields, const char* name, std::string_view wanted) {
   const std::string* value = platform::headerValue(fields, name);
@@ -83,6 +95,13 @@ bool isReleasePath(const std::optional<std::string>& path, const std::set<std::s
   const std::string lower = platform::lowercase(*path);
   return paths.contains(ZELKOR_NSStringAdditions::validateAsPath(lower)) ||
          paths.contains(ZELKOR_NSStringAdditions::validateAsPath(std::string(lastPathComponent(lower))));
+}
+
+const LegacyRoute* legacyRoute(const std::optional<std::string>& path) {
+  const auto* const found =
+      std::find_if(std::begin(kLegacyRoutes), std::end(kLegacyRoutes),
+                   [&](const auto& route) { return path && platform::equalIgnoringCase(*path, route.path); });
+  return found == std::end(kLegacyRoutes) ? nullptr : found;
 }
 
 std::optional<platform::UrlRequest> requestWithScanHeader(const platform::UrlRequest& request,

@@ -36,12 +36,26 @@ std::set<std::string> releasePaths(const std::optional<std::string>& list);
 // Whether `paths` has the path or its last component.
 bool isReleasePath(const std::optional<std::string>& path, const std::set<std::string>& paths);
 
+// What the legacy view does when a frame has loaded from a path: note it, end a registration, or release the
+// order of the answer's fields.
+enum class LegacyAction { Log, Save, Release };
+struct LegacyRoute {
+  const char* path;
+  LegacyAction action;
+  // Whether the closing is logged.
+  bool isLogged = false;
+};
+// The route of exactly this path, in any case; null for none and for an absent path. Lives for ever.
+const LegacyRoute* legacyRoute(const std::optional<std::string>& path);
+
 // The request to load instead, with the scan header that it has not; absent when it may go on as it is.
 std::optional<platform::UrlRequest> requestWithScanHeader(const platform::UrlRequest& request,
                                                           bool hasCamera);
 
 // The request header that tells the server whether this kiosk can scan.
 inline constexpr char kScanRequestHeader[] = "Glimmerpad-Scan";
+// The answer's header field that begins a scan, or closes the window of the legacy view.
+inline constexpr char kScannerHeader[] = "Glimmerpad-Plus-Scanner";
 // The answer's header field that names the page to return to.
 inline constexpr char kScanReturnHeader[] = "Scan-Return";
 
