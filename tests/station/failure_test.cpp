@@ -1,14 +1,12 @@
-#include <cctype>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <regex>
 #include <sstream>
 
 #include <gmock/gmock.h>
-#include <signal.h>
 
+#include "station/bus_peer.h"
+#include "station/page_processes.h"
 #include "station/station.h"
 
 // Loads that fail, and what the person at the counter sees of it.
@@ -23,48 +21,9 @@ using ::testing::StartsWith;
 namespace {
 
 constexpr const char* kFailure = "webView:didFailProvisionalNavigation:withError:...error = ";
+// The page that the kiosk itself has made has no address.
+constexpr const char* kErrorPageShown = "webView:didFinishNavigation:...webView.URL = (null)\n";
 constexpr const char* kOpensSettings = "MyWebViewWindowController->ibOpenPreferences:....";
-
-// What /proc/PID/stat tells of a process: its name and its parent.
-struct Process {
-  std::string name;
-  pid_t parent = 0;
-};
-
-std::map<pid_t, Process> processes() {
-  std::map<pid_t, Process> found;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const std::string folder = entry.path().filename();
-    std::ifstream in(entry.path() / "stat");
-    std::string text;
-    const auto isOne =
-        std::isdigit(static_cast<unsigned char>(folder.front())) != 0 && std::getline(in, text);
-    const auto open = text.find('(');
-    const auto close = text.rfind(')');
-    if (isOne && close != std::string::npos) {
-      const pid_t parent = static_cast<pid_t>(std::strtol(text.c_str() + close + 4, nullptr, 10));
-      found[static_cast<pid_t>(std::stoi(folder))] = {text.substr(open + 1, close - open - 1), parent};
-    }
-  }
-  return found;
-}
-
-// Ends the processes of the pages of a kiosk, which the engine's sandbox keeps somewhere below it. How many.
-int killPages(pid_t kiosk) {
-  int count = 0;
-  auto all = processes();
-  for (const auto& [process, what] : all) {
-    pid_t above = what.parent;
-    while (above > 1 && above != kiosk) {
-      above = all[above].parent;
-    }
-    // The kernel keeps fifteen characters of a name.
-    if (above == kiosk && what.name == "WebKitWebProces" && kill(process, SIGKILL) == 0) {
-      ++count;
-    }
-  }
-  return count;
-}
 
 // A server with a certificate that nobody vouches for.
 class UntrustedServer {
@@ -135,6 +94,18 @@ class FailureTest : public StationTest {
         ChildProcess({LUMO_CTL, "open", address}, station.environment, station.folder() / "tools.txt").end(),
         "exit status 0");
   }
+  // Asks for all of them at once, as other programs do, and returns when the kiosk has heard of them.
+  void openAtOnce(const std::vector<std::string>& addresses) {
+    BusPeer peer(station.busAddress());
+    ASSERT_TRUE(peer.seesKiosk());
+    std::vector<std::uint32_t> calls;
+    for (const std::string& address : addresses) {
+      calls.push_back(peer.sendOpen({address}));
+    }
+    for (const std::uint32_t call : calls) {
+      EXPECT_EQ(peer.answer(call), "");
+    }
+  }
   // Opens the settings and closes them again, which takes as long as anything that was on its way.
   void settle() {
     ASSERT_TRUE(station.press("Settings"));
@@ -167,6 +138,7 @@ class FailureTest : public StationTest {
     EXPECT_THAT(text, MatchesRegex("[^[]*\\[" + codeAndText + "\n\nsender url = [^\n]*\n?"));
     EXPECT_EQ(text.substr(text.find("sender url = ") + 13, address.size()), address);
     EXPECT_EQ(linesWith(kOpensSettings).size(), 1U);
+    EXPECT_THAT(station.log(), HasSubstr(kErrorPageShown));
 
     station.prefer("prefServerAddress", server.url("/home"));
     ASSERT_TRUE(station.press("Home"));
@@ -221,16 +193,38 @@ TEST_F(FailureTest, AnAddressWithMarksOfAPageShowsAsItIs) {
   expectErrorPage(nobody.url("/?a=1&copy=2&lt"), "[0-9]+\\] = [^\n]+");
 }
 
-TEST_F(FailureTest, OfTwoAddressesTheLastOneShows) {
-  const RefusingPort nobody;
-  server.set("/next", HttpAnswer{page(kGreen)});
+TEST_F(FailureTest, OfTwoAddressesAtOnceTheLastOneShows) {
+  server.set("/first", HttpAnswer{page(kBlue)});
+  server.set("/last", HttpAnswer{page(kGreen)});
   startAtHome();
-  open(nobody.url("/first"));
-  open(server.url("/next"));
+  openAtOnce({server.url("/first"), server.url("/last")});
+  EXPECT_TRUE(station.shows(kGreen));
+  settle();
+  EXPECT_TRUE(station.shows(kGreen));
+  EXPECT_EQ(station.storedText("prefRunningUrlString"), server.url("/last"));
+  EXPECT_THAT(station.log(), Not(HasSubstr(kErrorPageShown)));
+}
+
+TEST_F(FailureTest, TheFailureOfTheFirstOfTwoAddressesAtOnceReplacesNothing) {
+  const RefusingPort nobody;
+  server.set("/last", HttpAnswer{page(kGreen)});
+  startAtHome();
+  openAtOnce({nobody.url("/first"), server.url("/last")});
   EXPECT_TRUE(station.shows(kGreen));
   settle();
   EXPECT_TRUE(station.shows(kGreen)) << "the failure of the first took the place of the last";
-  EXPECT_EQ(station.storedText("prefRunningUrlString"), server.url("/next"));
+  EXPECT_EQ(station.storedText("prefRunningUrlString"), server.url("/last"));
+}
+
+TEST_F(FailureTest, ASilentFirstOfTwoAddressesAtOnceIsGivenUp) {
+  server.setSilent("/first");
+  server.set("/last", HttpAnswer{page(kGreen)});
+  startAtHome();
+  openAtOnce({server.url("/first"), server.url("/last")});
+  EXPECT_TRUE(station.shows(kGreen));
+  settle();
+  EXPECT_TRUE(station.shows(kGreen));
+  EXPECT_THAT(station.log(), Not(HasSubstr(kErrorPageShown)));
 }
 
 TEST_F(FailureTest, AnAddressThatIsOpenedWhileAnErrorPageComesShows) {
@@ -245,6 +239,18 @@ TEST_F(FailureTest, AnAddressThatIsOpenedWhileAnErrorPageComesShows) {
   EXPECT_TRUE(station.shows(kGreen));
 }
 
+TEST_F(FailureTest, AnAddressThatIsOpenedOverAnErrorPageShows) {
+  const RefusingPort nobody;
+  server.set("/next", HttpAnswer{page(kGreen)});
+  station.prefer("prefServerAddress", nobody.url("/home"));
+  station.start();
+  ASSERT_TRUE(station.logs(kErrorPageShown));
+  open(server.url("/next"));
+  EXPECT_TRUE(station.shows(kGreen));
+  settle();
+  EXPECT_TRUE(station.shows(kGreen));
+}
+
 TEST_F(FailureTest, LenientKiosksShowNoErrorPage) {
   const RefusingPort nobody;
   startAtHome();
@@ -252,7 +258,9 @@ TEST_F(FailureTest, LenientKiosksShowNoErrorPage) {
   station.prefer("prefServerAddress", nobody.url("/home"));
   ASSERT_TRUE(station.press("Home"));
   ASSERT_TRUE(station.logs("...is LENIENT... returning..."));
+  settle();
   EXPECT_TRUE(station.shows(kRed));
+  EXPECT_THAT(station.log(), Not(HasSubstr(kErrorPageShown)));
 }
 
 TEST_F(FailureTest, AProcessOfThePageThatEndsLeavesTheKioskUsable) {
