@@ -60,7 +60,7 @@ A small photo server with an order application, for trying and testing.
 
   --port N          listen on port N (default 9090; 0 takes a free one)
   --listen ADDRESS  listen on ADDRESS (default 127.0.0.1, which only this computer reaches)
-  --act             let the pages act as the customer, up to the confirmation
+  --act             let the pages act as the customer, to the end of the order
   --help            show this text and exit
   --version         show the version and exit
 

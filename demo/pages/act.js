@@ -1,5 +1,5 @@
-// Acts as the customer, from the landing page to the confirmation, slowly enough for a watcher. A person who touches
-// the page takes over.
+// Acts as the customer, from the landing page to the end of the order, slowly enough for a watcher. A person who
+// touches the page takes over.
 (() => {
   const stay = 1200;
   let takenOver = false;
@@ -51,6 +51,8 @@
       await press(document.getElementById('continue'), start + stay);
     },
     review: async start => { await press(document.getElementById('place-order'), start + stay); },
+    // The order's code is to be read.
+    confirmation: async start => { await press(document.getElementById('finish'), start + 2 * stay); },
   };
 
   const act = acts[document.body.dataset.page];
