@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <utility>
 
 #include "app/AppDelegate.h"
@@ -102,15 +101,12 @@ void AppDelegate::SearchFromPasteboard_userData_error(const platform::Pasteboard
   constexpr const char* kOperation = "SearchFromPasteboard:userData:error:";
   NSLog("%@->%@....", kClass, kOperation);
   NSLog("%@->%@....pboardtypes = %@", kClass, kOperation, pasteboard.types);
-  const auto hasType = [&](const char* type) {
-    return std::find(pasteboard.types.begin(), pasteboard.types.end(), type) != pasteboard.types.end();
-  };
-  if (hasType(platform::kFilenamesPboardType)) {
+  if (pasteboard.hasType(platform::kFilenamesPboardType)) {
     NSLog("Found pasteboard string data = %@", pasteboard.filenames);
     NSLog("filearray class type = %@", pasteboard.filenames ? "NSArray" : nullptr);
     application_openFiles(pasteboard.filenames.value_or(std::vector<std::string>()));
   }
-  if (hasType(platform::kStringPboardType)) {
+  if (pasteboard.hasType(platform::kStringPboardType)) {
     NSLog("Found pasteboard string data = %@", pasteboard.string);
     NSLog("Found data = %@", userData);
     NSLog("Found error = %@", nullptr);

@@ -70,6 +70,9 @@ class Application {
   // application has terminated, then ends the process.
   [[noreturn]] virtual void runToTermination() = 0;
 
+  // Asks the desktop to open an address of the application's own scheme, which therefore comes back as an
+  // open-URL request, in a later turn of the main queue. Nothing happens when the application ends before.
+  virtual void openURL(const std::string& url) = 0;
   virtual void setServicesProvider(ServicesProvider* provider) = 0;
   // What a menu item of this action name ("ibReloadPage:") does. An item without a handler is disabled.
   virtual void setMenuAction(const std::string& action, std::function<void()> handler) = 0;

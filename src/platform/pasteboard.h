@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace platform {
@@ -14,6 +16,10 @@ struct Pasteboard {
   std::vector<std::string> types;
   std::optional<std::vector<std::string>> filenames;
   std::optional<std::string> string;
+
+  bool hasType(std::string_view type) const {
+    return std::find(types.begin(), types.end(), type) != types.end();
+  }
 };
 
 }  // namespace platform

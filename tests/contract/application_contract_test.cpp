@@ -111,6 +111,18 @@ TEST_P(ApplicationContract, HandsOverAddressesInOrder) {
       << testing::PrintToString(delegate().events());
 }
 
+TEST_P(ApplicationContract, AnAddressOfItsOwnComesBackInALaterTurn) {
+  delegate().on("didFinishLaunching", [this] {
+    application().openURL("lumobrowser://file:///k/a%20b.jpg");
+    delegate().add("asked");
+  });
+  delegate().endAfter("openURLs", application());
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(delegate().events(),
+            (Events{"willFinishLaunching", "didFinishLaunching", "asked",
+                    "openURLs lumobrowser://file:///k/a%20b.jpg", "shouldTerminate", "willTerminate"}));
+}
+
 TEST_P(ApplicationContract, HandsOverFilesAsPaths) {
   delegate().on("didFinishLaunching", [this] {
     harness().openFiles({"/tmp/a b#c%20d.html", "/tmp/Größe.html"});

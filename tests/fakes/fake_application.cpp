@@ -113,6 +113,15 @@ void FakeApplication::exitProcess(int status) {
   throw ProcessExit{status};
 }
 
+void FakeApplication::openURL(const std::string& url) {
+  record("openURL " + url);
+  dispatch_.main().async([this, url] {
+    if (delegate_ != nullptr) {
+      delegate_->application_openURLs({url});
+    }
+  });
+}
+
 void FakeApplication::openURLs(const std::vector<std::string>& urls) {
   delegate().application_openURLs(urls);
 }

@@ -30,6 +30,7 @@ class FakeApplication final : public platform::Application {
   void terminate() override;
   // Lets simulated time pass as run does, then throws ProcessExit.
   [[noreturn]] void runToTermination() override;
+  void openURL(const std::string& url) override;
   void setServicesProvider(platform::ServicesProvider* provider) override;
   void setMenuAction(const std::string& action, std::function<void()> handler) override;
   void setMenuBarVisible(bool visible) override;

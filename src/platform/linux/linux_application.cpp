@@ -253,6 +253,13 @@ void LinuxApplication::runToTermination() {
   LinuxApplication::exitProcess(EXIT_SUCCESS);
 }
 
+void LinuxApplication::openURL(const std::string& url) {
+  // Not by way of the desktop, which knows the scheme only where the kiosk is installed.
+  if (!state_->request([url](State& state) { state.delegate->application_openURLs({url}); })) {
+    NSLog("%@ is not opened: too many requests wait", url);
+  }
+}
+
 void LinuxApplication::setServicesProvider(ServicesProvider* provider) {
   state_->services = provider;
 }

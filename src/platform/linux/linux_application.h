@@ -27,6 +27,7 @@ class LinuxApplication : public Application {
   int run(ApplicationDelegate& delegate) override;
   void terminate() override;
   [[noreturn]] void runToTermination() override;
+  void openURL(const std::string& url) override;
   void setServicesProvider(ServicesProvider* provider) override;
   void setMenuAction(const std::string& action, std::function<void()> handler) override;
   void setMenuBarVisible(bool visible) override;
