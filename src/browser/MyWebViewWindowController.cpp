@@ -2,6 +2,7 @@
 
 #include "app/PreferenceKeys.h"
 #include "browser/LegacyWebViewDelegate.h"
+#include "dropview/MyDragDropView.h"
 #include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/log.h"
@@ -104,6 +105,11 @@ void MyWebViewWindowController::connectOutlets() {
     ibWebView->setDelegate(legacyDelegate_.get());
     ibWebView->setFrameDelegate(legacyDelegate_.get());
   }
+  if (auto* place = dynamic_cast<platform::DropView*>(window_->viewNamed("ibDragDropView"))) {
+    dragDropView_ = std::make_shared<MyDragDropView>(platform_, *place);
+    dragDropView_->awakeFromNib();
+    ibDragDropView = dragDropView_;
+  }
 }
 
 void MyWebViewWindowController::connectActions() {
@@ -141,6 +147,9 @@ void MyWebViewWindowController::awakeFromNib() {
     webViewHeight_ = std::make_shared<LayoutConstraint>(
         LayoutConstraint{ibWKWebView->frame().height - content.frame().height});
     ibWebViewContraintHeight = webViewHeight_;
+  }
+  if (const auto dropView = ibDragDropView.lock()) {
+    dropView->setFrame(content.frame());
   }
 }
 

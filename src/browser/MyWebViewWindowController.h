@@ -20,6 +20,7 @@
 namespace lumo {
 
 class LegacyWebViewDelegate;
+class MyDragDropView;
 class MyPreferencesWindowController;
 
 // A rule that makes a view this much higher than its superview, in logical pixels.
@@ -56,6 +57,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   platform::ProgressIndicator* ibProgressIndicator = nullptr;
   platform::ProgressIndicator* ibProgressIndicator2 = nullptr;
   platform::Overlay* ibChildWindow = nullptr;
+  // What takes drops, owned by its place above the page.
+  std::weak_ptr<MyDragDropView> ibDragDropView;
   std::unique_ptr<MyPreferencesWindowController> myPreferencesWindowController;
   // The second window, of the newest page of the legacy view that asked for one.
   std::unique_ptr<MyWebViewWindowController> myWebViewWindowController;
@@ -206,6 +209,8 @@ class MyWebViewWindowController final : public platform::WindowDelegate, public 
   std::unique_ptr<platform::Window> window_;
   std::unique_ptr<platform::WebView> madeWebView_;
   std::unique_ptr<LegacyWebViewDelegate> legacyDelegate_;
+  // Goes before the window whose view it works in.
+  std::shared_ptr<MyDragDropView> dragDropView_;
   std::vector<platform::NotificationCenter::Token> observers_;
   // While a toggle of the full-screen state waits on the main queue.
   bool toggleIsPosted_ = false;

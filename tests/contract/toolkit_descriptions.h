@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/fakes/fake_drop_view.h"
 #include "tests/fakes/fake_settings_form.h"
 #include "tests/fakes/fake_window_system.h"
 
@@ -13,8 +14,9 @@
 // "second", which cover it, and above them a row of the button "button" (action "press:"), the button
 // "unset" (action "nobody:"), the field "field" (action "enter:") and the control "segments" of three
 // segments (action "choose:"), and the image view "picture" in the lower left corner. Its overlay has the
-// view named "shade". "ContractSheet": a sheet with the field "name" and the button "close" (action
-// "close:"). "ContractForm": a sheet with the button "elsewhere" and the settings form "form".
+// view named "shade". "ContractDrops": a window of the same size whose content view holds the view "page" and
+// above it the drop view "drops". "ContractSheet": a sheet with the field "name" and the button "close"
+// (action "close:"). "ContractForm": a sheet with the button "elsewhere" and the settings form "form".
 inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
   const std::string begin = R"(<?xml version="1.0" encoding="UTF-8"?><interface>)";
   const std::string end = "</interface>";
@@ -63,6 +65,19 @@ inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
         <object class="GtkOverlay"><property name="child">)" +
                              layer(content) + "</property><child type=\"overlay\">" + layer(overlay) +
                              "</child></object></property></object></property></object>";
+  const std::string drops =
+      R"(
+    <object class="GtkWindow" id="window">
+      <property name="default-width">640</property><property name="default-height">480</property>
+      <style><class name="lumo-browser"/></style>
+      <property name="titlebar">
+        <object class="GtkBox"><property name="visible">0</property></object>
+      </property>
+      <property name="child">)" +
+      layer(R"(<object class="GtkOverlay" id="contentView"><child type="overlay">)" +
+            layer(R"(<object class="GtkOverlay" id="page"/>)") + R"(</child><child type="overlay">)" +
+            layer(R"(<object class="LumoDropLayer" id="drops"/>)") + "</child></object>") +
+      "</property></object>";
   const std::string sheet = R"(
     <object class="GtkBox" id="sheet"><property name="orientation">vertical</property>
       <child><object class="GtkEntry" id="name"/></child>
@@ -80,6 +95,7 @@ inline std::vector<std::pair<std::string, std::string>> toolkitDescriptions() {
         </property></object></child>
     </object>)";
   return {{"Contract.ui", begin + window + end},
+          {"ContractDrops.ui", begin + drops + end},
           {"ContractSheet.ui", begin + sheet + end},
           {"ContractForm.ui", begin + form + end},
           {"Damaged.ui", begin + "<object class=\"GtkWindow\" id=\"window\">"},
@@ -116,6 +132,13 @@ inline void describeContractWindows(fakes::FakeWindowSystem& windows) {
     window.add<fakes::FakeSegmentedControl>("segments", acting("choose:"), &row);
     window.add<fakes::FakeImageView>("picture");
     window.add<FakeView>("shade", shade, &window.addOverlay().contentView());
+  });
+  windows.describe("ContractDrops", FakeWindow::Kind::Toplevel, [](FakeWindow& window) {
+    ViewOptions covering;
+    covering.frame = {0, 0, 640, 480};
+    window.setInitialFrame(covering.frame);
+    window.add<FakeView>("page", covering);
+    window.add<fakes::FakeDropView>("drops", covering);
   });
   windows.describe("ContractSheet", FakeWindow::Kind::Sheet, [](FakeWindow& window) {
     ViewOptions close;

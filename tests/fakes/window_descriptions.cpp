@@ -1,5 +1,6 @@
 #include "tests/fakes/window_descriptions.h"
 
+#include "tests/fakes/fake_drop_view.h"
 #include "tests/fakes/fake_settings_form.h"
 #include "tests/fakes/fake_web_view.h"
 
@@ -29,6 +30,7 @@ void describeBrowserWindow(FakeWindow& window) {
   ViewOptions covering;
   covering.frame = all;
   window.adopt(std::make_unique<FakeWebView>(window.stage(), "ibWebView", covering, true));
+  window.add<FakeDropView>("ibDragDropView", covering);
 
   FakeView& toolbar = window.add<FakeView>("toolbar");
   window.add<FakeSegmentedControl>("segmentedControl", withAction("ibToolbarSegmentedControl1:"), &toolbar);

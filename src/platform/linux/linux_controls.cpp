@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/bundle.h"
+#include "platform/linux/linux_drop_view.h"
 #include "platform/linux/linux_settings_form.h"
 #include "platform/log.h"
 
@@ -174,6 +175,9 @@ class LinuxProgressIndicator final : public LinuxView, public ProgressIndicator 
 }  // namespace
 
 std::unique_ptr<LinuxView> makeControl(Dispatch& dispatch, GtkWidget* widget) {
+  if (LUMO_IS_DROP_LAYER(widget)) {
+    return std::make_unique<LinuxDropView>(dispatch, widget);
+  }
   if (gtk_widget_has_css_class(widget, "segmented")) {
     return std::make_unique<LinuxSegmentedControl>(dispatch, widget);
   }

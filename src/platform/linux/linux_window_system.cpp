@@ -5,6 +5,7 @@
 #include "platform/bundle.h"
 #include "platform/linux/action_scope.h"
 #include "platform/linux/layer_bin.h"
+#include "platform/linux/linux_drop_view.h"
 #include "platform/linux/linux_view.h"
 #include "platform/linux/linux_window.h"
 #include "platform/linux/web_engine.h"
@@ -37,6 +38,7 @@ LinuxWindowSystem::LinuxWindowSystem(Dispatch& dispatch, LinuxApplication& appli
     : dispatch_(dispatch), application_(application), bundle_(bundle), engine_(engine) {
   // The builder looks widget classes up by name.
   g_type_ensure(LUMO_TYPE_LAYER_BIN);
+  g_type_ensure(LUMO_TYPE_DROP_LAYER);
   loadStyle();
 }
 

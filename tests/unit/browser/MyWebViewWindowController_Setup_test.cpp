@@ -1,5 +1,7 @@
 #include <optional>
 
+#include "dropview/MyDragDropView.h"
+#include "tests/fakes/fake_drop_view.h"
 #include "tests/unit/browser/browser_fixture.h"
 
 namespace {
@@ -167,6 +169,27 @@ TEST_F(BrowserSetUp, DoesWithoutAShadeInTheOverlay) {
   EXPECT_EQ(window().overlay()->level(), 25);
 }
 
+TEST_F(BrowserSetUp, TheDropViewCoversThePageAndTakesDropsFromThen) {
+  make();
+
+  auto& place = window().view<fakes::FakeDropView>("ibDragDropView");
+  const auto dropView = browser->ibDragDropView.lock();
+  ASSERT_NE(dropView, nullptr);
+  EXPECT_EQ(place.destination(), dropView.get());
+  EXPECT_EQ(place.registeredTypes().size(), 2U);
+  EXPECT_EQ(dropView->frame(), window().contentView().frame());
+  EXPECT_EQ(window().contentView().subviews().back(), &place);
+  EXPECT_THAT(log.lines(),
+              hasInOrder({"[MyDragDropView awakeFromNib]", "MyWebViewWindowController->awakeFromNib...."}));
+}
+
+TEST_F(BrowserSetUp, TheDropViewGoesWithItsWindow) {
+  const std::weak_ptr<lumo::MyDragDropView> dropView = make().ibDragDropView;
+  EXPECT_FALSE(dropView.expired());
+  browser.reset();
+  EXPECT_TRUE(dropView.expired());
+}
+
 TEST_F(BrowserSetUp, DoesWithAnEmptyDescription) {
   describe([](FakeWindow& described) { described.setInitialFrame(kUsualFrame); });
   makeShown();
@@ -177,6 +200,7 @@ TEST_F(BrowserSetUp, DoesWithAnEmptyDescription) {
 
   EXPECT_EQ(browser->ibWebView, nullptr);
   EXPECT_EQ(browser->ibChildWindow, nullptr);
+  EXPECT_TRUE(browser->ibDragDropView.expired());
   EXPECT_EQ(page().frame(), (Rect{0, 0, 640, 480}));
   EXPECT_THAT(machine.journal.entries(), Contains("webView1 goBack"));
 }
