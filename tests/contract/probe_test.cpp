@@ -67,8 +67,8 @@ class ProbeTest : public testing::Test {
       const auto answers = finder->fIpListInfo();
       return answers && answers->size() == peers.size();
     })) << "a probe has no end";
-    // The last half second is the busy machine's.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5500ms);
+    // The bound is far from the five seconds, because the machine may be busy, and far from no end at all.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
   }
   platform::Dictionary answerOf(const std::string& name) {
     const auto answers = finder->fIpListInfo();

@@ -304,6 +304,22 @@ TEST_F(DropsTest, AStringThatComesWithAFileIsPassedOnToo) {
   expectQuiet();
 }
 
+TEST_F(DropsTest, ATextThatIsTooLargeIsRefusedInOneLine) {
+  startAtHome();
+  {
+    DragSource source(station, {"--text", "http://h/" + std::string(70000, 'x')});
+    ASSERT_TRUE(dragOverPage(source));
+    source.letGo();
+    ASSERT_TRUE(station.logs("What is dragged is larger than 65536 bytes, it is not taken"));
+    ASSERT_TRUE(waitUntil([&] { return source.says("ended"); })) << source.said();
+  }
+  drop({"--text", server.url("/next")});
+  EXPECT_TRUE(station.shows(kGreen));
+  EXPECT_EQ(timesLogged("What is dragged is larger"), 1);
+  EXPECT_EQ(timesLogged(kEntered), 1);
+  expectQuiet();
+}
+
 TEST_F(DropsTest, WhatIsNeitherTextNorFilesIsRefusedAndThePageDoesNotGetIt) {
   startAtHome();
   {
