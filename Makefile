@@ -92,8 +92,9 @@ coverage: ## Tell what the tests reach: build/coverage/report/index.html
 	gcovr --root . --object-directory build/coverage --filter src/ --filter tools/ --filter demo/ \
 	  --exclude-throw-branches --print-summary --html-details build/coverage/report/index.html
 
-docs: ## Make the reference of the interfaces: build/docs/html/index.html
+docs: ## Make the reference of the interfaces: build/docs/html/index.html, and the list of what is tested
 	@scripts/setup docs
+	scripts/tested-behaviour
 	@mkdir -p build/docs
 	doxygen docs/Doxyfile
 
