@@ -13,6 +13,7 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -138,6 +139,36 @@ struct State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
+  // Queues one line. Lines that come while others wait are written in the same turn of the logging queue: in
+  // a burst, a turn for each would cost more than writing it.
+  static void add(const std::shared_ptr<State>& state, int level, std::string_view message) {
+    {
+      const std::lock_guard lock(state->waitingMutex);
+      state->waiting.emplace_back(level, message);
+      if (state->waiting.size() > 1) {
+        return;
+      }
+    }
+    state->loggingQueue().async([state] { state->writeWaiting(); });
+  }
+
+  // On the logging queue.
+  void writeWaiting() {
+    std::vector<std::pair<int, std::string>> lines;
+    {
+      const std::lock_guard lock(waitingMutex);
+      lines.swap(waiting);
+    }
+    for (const auto& line : lines) {
+      // An observer that throws costs the other lines nothing.
+      try {
+        write(line.first, platform::validUtf8(line.second));
+      } catch (const std::exception& error) {
+        NSLog("An observer of the log ended with an exception: %s", error.what());
+      }
+    }
+  }
+
   // On the logging queue.
   void write(int level, const std::string& message) {
     std::optional<platform::Notification> notification;
@@ -182,6 +213,10 @@ struct State {
   platform::NotificationCenter& center;
   std::once_flag queueMade;
   std::optional<platform::SerialQueue> queue;
+
+  std::mutex waitingMutex;
+  // Not yet in their turn. Not empty while a turn for them is under way.
+  std::vector<std::pair<int, std::string>> waiting;
 
   // Guards what follows. Held while a line is written, so it is taken on the logging queue and by the
   // setters, never by those who log.
@@ -332,8 +367,7 @@ void ZELKOR_Log::logLevel_message(int level, std::string_view message) {
     return;
   }
   if (const auto state = current()) {
-    state->loggingQueue().async(
-        [state, level, text = std::string(message)] { state->write(level, platform::validUtf8(text)); });
+    State::add(state, level, message);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <ctime>
 #include <optional>
+#include <stdexcept>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -148,6 +149,39 @@ TEST_F(ZELKOR_LogTest, LoggingReturnsBeforeTheLineIsWritten) {
   EXPECT_THAT(diagnostics(), IsEmpty());
   run();
   EXPECT_THAT(diagnostics(), ElementsAre("DEBUG2: MyApp: later"));
+}
+
+TEST_F(ZELKOR_LogTest, ABurstOfLinesTakesOneTurnOfTheQueueAndKeepsItsOrder) {
+  ASSERT_TRUE(ZELKOR_Log::setLogFile(path("log.log")));
+  for (int line = 0; line < 100; ++line) {
+    ZELKOR_Log::debug2(std::to_string(line));
+  }
+  EXPECT_EQ(dispatch_.runUntilIdle(), 1U);
+  const auto written = lines(contents(path("log.log")));
+  ASSERT_EQ(written.size(), 100U);
+  for (std::size_t line = 0; line < written.size(); ++line) {
+    EXPECT_TRUE(written[line].ends_with("] " + std::to_string(line))) << written[line];
+  }
+  // The next line has a turn of its own again.
+  ZELKOR_Log::debug2("later");
+  EXPECT_EQ(dispatch_.runUntilIdle(), 1U);
+  EXPECT_EQ(lines(contents(path("log.log"))).size(), 101U);
+}
+
+TEST_F(ZELKOR_LogTest, AnObserverThatThrowsCostsNoLine) {
+  ASSERT_TRUE(ZELKOR_Log::setLogFile(path("log.log")));
+  ZELKOR_Log::setShouldNotifyForLogUpdates(true);
+  int heard = 0;
+  center_.addObserver(ZELKOR_Log::LogFileDidUpdateNotification, [&](const platform::Notification&) {
+    ++heard;
+    throw std::runtime_error("no more");
+  });
+  ZELKOR_Log::debug2("first");
+  ZELKOR_Log::debug2("second");
+  run();
+  EXPECT_EQ(heard, 2);
+  EXPECT_EQ(lines(contents(path("log.log"))).size(), 2U);
+  EXPECT_EQ(diagnostics().back(), "An observer of the log ended with an exception: no more");
 }
 
 TEST_F(ZELKOR_LogTest, TheDateStringHasMillisecondsTheZoneAndTheYearOfTheWeek) {
