@@ -185,7 +185,7 @@ std::shared_ptr<Task> ZELKOR_Task::launchToolAtPath_withArguments_completionHand
 
 void ZELKOR_Task::transcodeMovieAtSourcePath_toDestination_withOptions_completionHandler(
     const Platform& platform, const std::optional<std::string>& source, const std::string& destination,
-    const std::optional<Strings>& options, CompletionHandler handler) {
+    const std::optional<Strings>& options, const CompletionHandler& handler) {
   constexpr const char* kSelector = "transcodeMovieAtSourcePath:toDestination:withOptions:completionHandler:";
   if (!source) {
     NSLog("Inside %@ => %@... srcPath CANNOT BE NIL??????", kClass, kSelector);
@@ -201,13 +201,13 @@ void ZELKOR_Task::transcodeMovieAtSourcePath_toDestination_withOptions_completio
 
 void ZELKOR_Task::transcodeMovieWithOptions_completionHandler(const Platform& platform,
                                                               const Strings& arguments,
-                                                              CompletionHandler handler) {
+                                                              const CompletionHandler& handler) {
   transcode(platform, ffmpeg(platform), arguments, "transcodeMovieWithOptions:completionHandler:", handler);
 }
 
 void ZELKOR_Task::transcodeMovieWithOptionsJBL_completionHandler(const Platform& platform,
                                                                  const Strings& arguments,
-                                                                 CompletionHandler handler) {
+                                                                 const CompletionHandler& handler) {
   constexpr const char* kSelector = "transcodeMovieWithOptionsJBL:completionHandler:";
   const std::string name = std::string(kBoomerang) + ".sh";
   auto script = platform.bundle.pathForAuxiliaryExecutable(name);

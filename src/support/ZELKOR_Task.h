@@ -72,16 +72,17 @@ class ZELKOR_Task {
   // destination. Without a source there is a line in the log, and the handler is not called.
   static void transcodeMovieAtSourcePath_toDestination_withOptions_completionHandler(
       const platform::Platform& platform, const std::optional<std::string>& source,
-      const std::string& destination, const std::optional<Strings>& options, CompletionHandler handler);
+      const std::string& destination, const std::optional<Strings>& options,
+      const CompletionHandler& handler);
   // Runs ffmpeg with exactly these arguments.
   static void transcodeMovieWithOptions_completionHandler(const platform::Platform& platform,
                                                           const Strings& arguments,
-                                                          CompletionHandler handler);
+                                                          const CompletionHandler& handler);
   // Runs "lumoBoomerang.sh", which lies beside the executable or among the resources. Where it does not, the
   // handler gets false at once, on the caller's thread.
   static void transcodeMovieWithOptionsJBL_completionHandler(const platform::Platform& platform,
                                                              const Strings& arguments,
-                                                             CompletionHandler handler);
+                                                             const CompletionHandler& handler);
 
   // What is shown when the tool at `path` is missing.
   static platform::Alert missingToolAlert(const std::string& path);
