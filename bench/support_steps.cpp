@@ -64,6 +64,7 @@ double coalescing(platform::LinuxDispatch& dispatch, int threads) {
   const auto pending = std::make_shared<int>(0);
   const auto start = Clock::now();
   std::vector<std::thread> callers;
+  callers.reserve(static_cast<std::size_t>(threads));
   for (int thread = 0; thread < threads; ++thread) {
     callers.emplace_back([&, thread] {
       for (int call = thread; call < kCalls; call += threads) {

@@ -36,6 +36,7 @@ std::string description(const UrlRequest& request);
 
 // The platform's codes that the system tells apart; others are the engine's own.
 inline constexpr int kErrorTimedOut = -1001;
+inline constexpr int kErrorWebContentProcessTerminated = 2;
 inline constexpr int kErrorFrameLoadInterrupted = 102;
 
 struct WebError {
@@ -96,6 +97,8 @@ class WebViewDelegate {
   // Before anything of the page was shown, and after.
   virtual void webView_didFailProvisionalNavigation_withError(WebView& view, const WebError& error) = 0;
   virtual void webView_didFailNavigation_withError(WebView& view, const WebError& error) = 0;
+  // The page is gone, and nothing loads it again by itself. What was on its way then and had not begun to
+  // show is asked for again, at most twice; then it has failed with kErrorWebContentProcessTerminated.
   virtual void webViewWebContentProcessDidTerminate(WebView& view) = 0;
 
   // `frameRequest` is the request of the frame that asks.

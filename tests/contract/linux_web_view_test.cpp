@@ -1,10 +1,13 @@
 #include <atomic>
+#include <csignal>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/strings.h"
 #include "tests/contract/engine_test.h"
+#include "tests/station/process_tree.h"
 
 // The web engine against a server on the loopback interface.
 
@@ -66,6 +69,50 @@ TEST_F(LinuxWebViewTest, AServerThatIsSilentTimesOut) {
   ASSERT_TRUE(heard("finish at /"));
   EXPECT_THAT(delegate.heard, ElementsAre("action /silent", "start at /silent", "provisional failure -1001",
                                           "action /", "start at /", "response 200 at /", "finish at /"));
+}
+
+TEST_F(LinuxWebViewTest, AnAddressOnItsWayToAProcessThatEndsIsAskedForAgain) {
+  peer.start();
+  load("/");
+  // As when the address comes between the end of the process and the moment in which the engine notices.
+  ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
+  UrlRequest asked = request("/next");
+  asked.headers = {{"X-Lumo-Station", "4711"}};
+  web->load(asked);
+  ASSERT_GT(station::killPages(getpid()), 0);
+  ASSERT_TRUE(heard("finish at /next")) << testing::PrintToString(delegate.heard);
+  EXPECT_THAT(requestsOf("/next").back(), HasSubstr("X-Lumo-Station: 4711\r\n"));
+}
+
+TEST_F(LinuxWebViewTest, AnAddressWhoseProcessEndsEachTimeHasFailed) {
+  silentPage("/silent");
+  peer.start();
+  load("/");
+  web->load(request("/silent"));
+  std::size_t killed = 0;
+  ASSERT_TRUE(harness.runUntil([&] {
+    if (requestsOf("/silent").size() > killed) {
+      ++killed;
+      EXPECT_GT(station::killPages(getpid()), 0);
+    }
+    return delegate.hasHeard("provisional failure 2");
+  })) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(delegate.errors.back().failingUrlString, peer.url("/silent"));
+  // It was asked for three times; one of them may have gone to the process that the engine keeps ready.
+  EXPECT_EQ(delegate.count("terminated"), 3U);
+  load("/next");
+}
+
+TEST_F(LinuxWebViewTest, APageThatIsThereIsNotLoadedAgainWhenItsProcessEnds) {
+  peer.start();
+  load("/");
+  ASSERT_GT(station::killPages(getpid()), 0);
+  ASSERT_TRUE(heard("terminated"));
+  bool later = false;
+  harness.dispatch().main().after(Millis{200}, [&] { later = true; });
+  EXPECT_TRUE(harness.runUntil([&] { return later; }));
+  EXPECT_EQ(requestsOf("/").size(), 1U);
+  load("/next");
 }
 
 TEST_F(LinuxWebViewTest, APageThatHasBegunToComeDoesNotTimeOut) {

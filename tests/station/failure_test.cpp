@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "station/bus_peer.h"
-#include "station/page_processes.h"
+#include "station/process_tree.h"
 #include "station/station.h"
 
 // Loads that fail, and what the person at the counter sees of it.

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "station/listener.h"
-#include "station/page_processes.h"
+#include "station/process_tree.h"
 #include "station/station.h"
 
 // The kiosk while its legacy view is shown.

@@ -17,6 +17,9 @@ namespace {
 // A socket on a port of that address, a free one for 0, and that port.
 std::pair<platform::FileDescriptor, std::uint16_t> boundSocket(const std::string& host, std::uint16_t port) {
   platform::FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  // Connections that have just ended do not keep the port from a server that is started again.
+  const int yes = 1;
+  setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = inet_addr(host.c_str());
@@ -71,20 +74,35 @@ std::optional<std::string> HttpRequest::header(const std::string& name) const {
   return std::nullopt;
 }
 
-TestServer::TestServer(const std::string& address, std::uint16_t port) {
-  std::tie(listener_, port_) = boundSocket(address, port);
-  listen(listener_.get(), 64);
-  accepter_ = std::thread([this] { acceptAll(); });
+TestServer::TestServer(const std::string& address, std::uint16_t port) : address_(address), port_(port) {
+  start();
 }
 
 TestServer::~TestServer() {
-  ended_ = true;
+  stop();
+}
+
+void TestServer::start() {
+  std::tie(listener_, port_) = boundSocket(address_, port_);
+  if (listen(listener_.get(), 64) != 0) {
+    throw std::runtime_error("the server's port is taken");
+  }
+  ended_ = false;
+  accepter_ = std::thread([this] { acceptAll(); });
+}
+
+void TestServer::stop() {
+  if (ended_.exchange(true)) {
+    return;
+  }
   shutdown(listener_.get(), SHUT_RDWR);
   accepter_.join();
   for (auto& [socket, thread] : connections_) {
     shutdown(socket.get(), SHUT_RDWR);
     thread.join();
   }
+  connections_.clear();
+  listener_ = platform::FileDescriptor();
 }
 
 void TestServer::set(const std::string& path, Answer answer) {

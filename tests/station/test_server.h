@@ -50,6 +50,10 @@ class TestServer {
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
 
+  // Ends all connections and refuses new ones until it is started again, on the same port.
+  void stop();
+  void start();
+
   // `answer` runs on the connection's thread.
   void set(const std::string& path, Answer answer);
   void set(const std::string& path, HttpAnswer answer);
@@ -68,8 +72,9 @@ class TestServer {
   std::optional<HttpRequest> read(int socket) const;
 
   platform::FileDescriptor listener_;
+  std::string address_;
   std::uint16_t port_ = 0;
-  std::atomic<bool> ended_{false};
+  std::atomic<bool> ended_{true};
   mutable std::mutex mutex_;
   std::map<std::string, Answer> answers_;
   std::vector<HttpRequest> requests_;

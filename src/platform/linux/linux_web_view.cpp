@@ -101,15 +101,7 @@ void LinuxWebView::connectEngine() {
                    this);
   g_signal_connect(web_, "web-process-terminated",
                    G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer self) {
-                     auto* view = static_cast<LinuxWebView*>(self);
-                     NSLog("the web process has ended (reason %i)", static_cast<int>(reason));
-                     view->stopTimer();
-                     if (view->frames_ != nullptr) {
-                       view->frames_->processEnded();
-                     }
-                     if (view->delegate_ != nullptr) {
-                       view->delegate_->webViewWebContentProcessDidTerminate(*view);
-                     }
+                     static_cast<LinuxWebView*>(self)->processEnded(reason);
                    }),
                    this);
   g_signal_connect(web_, "close", G_CALLBACK(+[](WebKitWebView*, gpointer self) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <webkit/webkit.h>
 
 #include "platform/linux/linux_view.h"
@@ -50,10 +52,15 @@ class LinuxWebView final : public LinuxView, public WebView {
     bool redirected = false;
     // A text of the system's own that has no address.
     bool addressless = false;
+    // The empty page with which the engine begins in a new process.
+    bool enginesOwn = false;
     // A page of the system's own making, or an address that really is about:blank.
     bool blankExpected = false;
     Millis timeout{0};
     bool timedOut = false;
+    // Asks for it once more; empty for what the page began itself.
+    std::function<void()> repeat;
+    int repeats = 0;
     // It failed or was replaced: the engine's "finished" that follows does not count.
     bool failed = false;
   };
@@ -72,6 +79,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   void loadChanged(WebKitLoadEvent event);
   bool loadFailed(WebKitLoadEvent event, const char* uri, const GError* error);
   void committed();
+  void processEnded(WebKitWebProcessTerminationReason reason);
+  void repeatWhatWasLost(std::uint64_t serial);
   void startTimer();
   void stopTimer();
   void timeOut(std::uint64_t serial);
@@ -95,6 +104,9 @@ class LinuxWebView final : public LinuxView, public WebView {
   std::uint64_t lastRequest_ = 0;
   std::uint64_t timerSerial_ = 0;
   std::optional<Url> decidedUrl_;
+  // The engine was asked about an empty page that nobody wants, after something was asked for and before it
+  // was asked about that.
+  bool emptyPageComes_ = false;
   // The page that is shown has no address.
   bool addressless_ = false;
 };

@@ -17,6 +17,9 @@ constexpr const char* kBlankPage = "about:blank";
 // The server is asked in any case with a date that is never newer than the page; the engine takes the header
 // off itself again for redirects. Its own cache rule has no effect on pages that are kept in memory.
 constexpr const char* kNeverNotModified = "Thu, 01 Jan 1970 00:00:00 GMT";
+// The engine keeps a process ready for the next page. When both end at once, the first repetition goes to the
+// one that was kept.
+constexpr int kMostRepeats = 2;
 
 std::string withoutFragment(const char* address) {
   const std::string text = address == nullptr ? "" : address;
@@ -41,6 +44,7 @@ void LinuxWebView::load(const UrlRequest& request) {
   if (frames_ != nullptr) {
     frames_->asked(request);
   }
+  requested_->repeat = [this, request] { load(request); };
   requested_->blankExpected = address.starts_with(kBlankPage);
   webkit_web_view_load_request(web, asked);
   requested_->engineText = withoutFragment(webkit_web_view_get_uri(web));
@@ -50,6 +54,7 @@ void LinuxWebView::load(const UrlRequest& request) {
 void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<Url>& base) {
   WebKitWebView* web = engineView();
   expect(base ? base->absoluteString() : kBlankPage, Millis{0});
+  requested_->repeat = [this, html, base] { loadHTMLString(html, base); };
   requested_->addressless = !base;
   if (frames_ != nullptr) {
     frames_->asked(base ? std::optional(UrlRequest{*base, {}, Millis{0}, {}}) : std::nullopt);
@@ -61,6 +66,7 @@ void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<U
 
 void LinuxWebView::expect(const std::string& address, Millis timeout) {
   stopTimer();
+  emptyPageComes_ = false;
   requested_ = Navigation{};
   requested_->serial = ++lastRequest_;
   requested_->requested = address;
@@ -102,6 +108,12 @@ void LinuxWebView::timeOut(std::uint64_t serial) {
 void LinuxWebView::loadChanged(WebKitLoadEvent event) {
   switch (event) {
     case WEBKIT_LOAD_STARTED:
+      if (emptyPageComes_) {
+        // In a process that takes the place of one which has ended; what was asked for follows.
+        navigation_ = Navigation{};
+        navigation_.enginesOwn = true;
+        break;
+      }
       // The start may still be that of a load which this one has replaced; its own then follows.
       navigation_ = requested_.value_or(Navigation{});
       startTimer();
@@ -120,10 +132,16 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       }
       break;
     case WEBKIT_LOAD_COMMITTED:
+      if (navigation_.enginesOwn) {
+        break;
+      }
       stopTimer();
       committed();
       break;
     case WEBKIT_LOAD_FINISHED:
+      if (navigation_.enginesOwn) {
+        break;
+      }
       stopTimer();
       if (navigation_.failed) {
         break;
@@ -169,6 +187,43 @@ void LinuxWebView::failed(const WebError& error, bool provisional) {
   if (frames_ != nullptr) {
     frames_->failed(error, provisional);
   }
+}
+
+void LinuxWebView::processEnded(WebKitWebProcessTerminationReason reason) {
+  NSLog("the web process has ended (reason %i)", static_cast<int>(reason));
+  stopTimer();
+  if (frames_ != nullptr) {
+    frames_->processEnded();
+  }
+  const std::uint64_t lost = requested_ ? requested_->serial : 0;
+  if (delegate_ != nullptr) {
+    delegate_->webViewWebContentProcessDidTerminate(*this);
+  }
+  if (lost != 0) {
+    // Not from inside the engine's signal: it still clears up after the process.
+    dispatch().main().async([this, alive = lifetime(), lost] {
+      if (!alive.expired()) {
+        repeatWhatWasLost(lost);
+      }
+    });
+  }
+}
+
+// The engine says nothing more of an address that it gave to a process which has ended, even if the address
+// came later than the end: the page would stay white.
+void LinuxWebView::repeatWhatWasLost(std::uint64_t serial) {
+  if (!requested_ || requested_->serial != serial) {
+    return;
+  }
+  const Navigation lost = *requested_;
+  if (lost.repeats == kMostRepeats) {
+    requested_.reset();
+    failed({kErrorWebContentProcessTerminated, "The page's process has ended", lost.requested}, true);
+    return;
+  }
+  NSLog("%s is asked for again", lost.requested);
+  lost.repeat();
+  requested_->repeats = lost.repeats + 1;
 }
 
 bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GError* error) {

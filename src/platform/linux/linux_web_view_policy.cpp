@@ -67,6 +67,8 @@ void LinuxWebView::decideAction(WebKitNavigationPolicyDecision* decision) {
   if (frames_ != nullptr && webkit_navigation_action_is_redirect(action) == FALSE) {
     frames_->willLoad(asked.request);
   }
+  emptyPageComes_ =
+      requested_ && !requested_->blankExpected && asked.request.url.absoluteString() == "about:blank";
   auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
   delegate_->webView_decidePolicyForNavigationAction_decisionHandler(
       *this, asked, [answer](NavigationPolicy policy) { answer->answer(policy); });

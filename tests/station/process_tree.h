@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace station {
+
+// What a process and all below it hold at one moment.
+struct ProcessTree {
+  // The memory of all, pages that several share counted once in all (PSS), in KiB.
+  std::size_t memory = 0;
+  // Of the first process alone.
+  std::size_t openFiles = 0;
+  std::size_t threads = 0;
+};
+
+// A process that has ended counts nothing.
+ProcessTree measure(pid_t first);
+
+// The processes below the first one that have this name, of which the kernel keeps fifteen characters.
+std::vector<pid_t> processesBelow(pid_t first, const std::string& name);
+
+// Sends a signal to the processes of the pages of a kiosk, which the engine's sandbox keeps somewhere below
+// it. How many got it.
+int signalPages(pid_t kiosk, int signal);
+// Ends them. How many.
+int killPages(pid_t kiosk);
+
+}  // namespace station
