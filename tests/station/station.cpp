@@ -7,8 +7,11 @@
 #include <stdexcept>
 
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include "platform/file_descriptor.h"
 #include "platform/property_list_file.h"
 
 namespace station {
@@ -44,6 +47,14 @@ fs::path madeFolder() {
     throw std::runtime_error("no folder for the station");
   }
   return name;
+}
+
+bool isListenedOn(const fs::path& path) {
+  const platform::FileDescriptor client(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+  return ::connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 }  // namespace
@@ -136,7 +147,8 @@ void Station::startBus(const Starter& through) {
                                          "--address=unix:path=" + socket.string()};
   bus_ =
       std::make_unique<ChildProcess>(through ? through(command) : command, environment, folder_ / "bus.txt");
-  if (!waitUntil([&socket] { return fs::exists(socket); })) {
+  // The socket is there a moment before anybody listens on it.
+  if (!waitUntil([&socket] { return isListenedOn(socket); })) {
     throw std::runtime_error("no session bus: " + contents(folder_ / "bus.txt"));
   }
   environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
