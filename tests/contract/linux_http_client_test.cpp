@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,10 +12,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "tests/contract/http_peer.h"
 #include "tests/contract/private_bus.h"
+#include "tests/contract/resident_bytes.h"
 
 using platform::HeaderFields;
 using platform::HttpResult;
@@ -56,15 +55,6 @@ class Results {
   std::vector<HttpResult> results_;
   std::vector<std::thread::id> threads_;
 };
-
-// The memory of this process that is in use, in bytes.
-std::size_t residentBytes() {
-  std::ifstream file("/proc/self/statm");
-  std::size_t total = 0;
-  std::size_t resident = 0;
-  file >> total >> resident;
-  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 class LinuxHttpClientTest : public testing::Test {
  protected:

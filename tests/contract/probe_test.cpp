@@ -1,5 +1,4 @@
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <list>
 #include <map>
@@ -9,12 +8,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "discovery/FindLumoJunivaServerWindowController.h"
 #include "platform/linux/linux_http_client.h"
 #include "tests/contract/dispatch_harness.h"
 #include "tests/contract/http_peer.h"
+#include "tests/contract/resident_bytes.h"
 #include "tests/fakes/captured_log.h"
 #include "tests/fakes/test_platform.h"
 #include "tests/unit/discovery/scripted_network.h"
@@ -27,15 +26,6 @@ using namespace std::chrono_literals;
 
 constexpr const char* kServer = "Server: Lumo-Juniva/2.1\r\n";
 constexpr std::size_t kMegabyte = std::size_t{1} << 20;
-
-// The memory of this process that is in use, in bytes.
-std::size_t residentBytes() {
-  std::ifstream file("/proc/self/statm");
-  std::size_t total = 0;
-  std::size_t resident = 0;
-  file >> total >> resident;
-  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 class ProbeTest : public testing::Test {
  protected:

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "station/process_tree.h"
+
 namespace station {
 
 namespace {
@@ -68,21 +70,6 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   }
   execve(path, arguments, environment);
   _exit(127);
-}
-
-// A process has them with each of its threads.
-std::vector<pid_t> childrenOf(pid_t process) {
-  std::vector<pid_t> found;
-  // It may end meanwhile.
-  std::error_code gone;
-  std::filesystem::directory_iterator thread("/proc/" + std::to_string(process) + "/task", gone);
-  for (; !gone && thread != std::filesystem::directory_iterator(); thread.increment(gone)) {
-    std::ifstream list(thread->path() / "children");
-    for (pid_t child = 0; list >> child;) {
-      found.push_back(child);
-    }
-  }
-  return found;
 }
 
 std::vector<pid_t> children() {
@@ -162,16 +149,6 @@ std::string ChildProcess::end(std::chrono::milliseconds bound) {
 
 void adoptOrphans() {
   prctl(PR_SET_CHILD_SUBREAPER, 1);
-}
-
-std::vector<pid_t> processesBelow(pid_t process) {
-  std::vector<pid_t> found = childrenOf(process);
-  for (std::size_t at = 0; at < found.size(); ++at) {
-    for (const pid_t child : childrenOf(found[at])) {
-      found.push_back(child);
-    }
-  }
-  return found;
 }
 
 std::vector<std::string> childrenNames() {

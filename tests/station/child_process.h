@@ -50,8 +50,6 @@ class ChildProcess {
 // Whatever the test's children leave behind becomes a child of the test program from here on, so that it can
 // be found and ended.
 void adoptOrphans();
-// The processes that the process has started, with those that they have started.
-std::vector<pid_t> processesBelow(pid_t process);
 // The names of the programs that the test program has as children now, ended ones not counted.
 std::vector<std::string> childrenNames();
 // Ends all children of the test program.

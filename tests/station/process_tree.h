@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <vector>
 
 #include <sys/types.h>
@@ -20,8 +19,10 @@ struct ProcessTree {
 // A process that has ended counts nothing.
 ProcessTree measure(pid_t first);
 
-// The processes below the first one that have this name, of which the kernel keeps fifteen characters.
-std::vector<pid_t> processesBelow(pid_t first, const std::string& name);
+// The processes that the process has started.
+std::vector<pid_t> childrenOf(pid_t process);
+// The same, with those that they have started.
+std::vector<pid_t> processesBelow(pid_t process);
 
 // Sends a signal to the processes of the pages of a kiosk, which the engine's sandbox keeps somewhere below
 // it. How many got it.

@@ -8,6 +8,7 @@
 #include "platform/strings.h"
 #include "station/bus_peer.h"
 #include "station/exit_fixture.h"
+#include "station/process_tree.h"
 
 // Ends that nobody is asked about: a session's end, and a kiosk that is killed.
 
