@@ -198,7 +198,7 @@ TEST_F(LinuxHttpClientTest, EndsAnEndlessBodyWithItsTimeAndKeepsNothingOfIt) {
   peer.start();
   const std::size_t before = residentBytes();
   expectError(resultOf(peer.url("/"), 500ms));
-  EXPECT_LT(residentBytes(), before + (16 << 20)) << sent << " bytes were sent";
+  EXPECT_LT(residentBytes(), before + kGrowth) << sent << " bytes were sent";
 }
 
 TEST_F(LinuxHttpClientTest, EndsAnEndlessHeaderWithoutKeepingIt) {
@@ -214,7 +214,7 @@ TEST_F(LinuxHttpClientTest, EndsAnEndlessHeaderWithoutKeepingIt) {
   const HttpResult result = resultOf(peer.url("/"), 20s);
   expectError(result);
   EXPECT_EQ(result.error, "the header of the answer is too large");
-  EXPECT_LT(residentBytes(), before + (16 << 20));
+  EXPECT_LT(residentBytes(), before + kGrowth);
 }
 
 TEST_F(LinuxHttpClientTest, EndsAnOversizedHeader) {

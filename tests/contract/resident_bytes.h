@@ -13,3 +13,10 @@ inline std::size_t residentBytes() {
   file >> total >> resident;
   return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
+
+// By how many bytes it may grow where nothing is kept. AddressSanitizer holds up to 256 MiB of what is freed.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr std::size_t kGrowth = std::size_t{280} << 20;
+#else
+inline constexpr std::size_t kGrowth = std::size_t{16} << 20;
+#endif
