@@ -169,10 +169,12 @@ class AgeTest : public CleanUpTest {
     EXPECT_EQ(::stat(file.c_str(), &status), 0) << file;
     return status.st_ctim;
   }
-  // Lets the clock reach the next second after the present one, and answers that second.
+  // Lets the files' clock reach the next second after the present one, and answers that second. The kernel's
+  // time for files may be a few milliseconds ahead of std::time.
   std::time_t nextSecond() {
-    const std::time_t next = std::time(nullptr) + 1;
     const fs::path probe = folder / "probe";
+    writeFile(probe, "x");
+    const std::time_t next = changed(probe).tv_sec + 1;
     EXPECT_TRUE(runUntil([&] {
       writeFile(probe, "x");
       const timespec now = changed(probe);
