@@ -35,16 +35,18 @@ soak: ## Play a thousand orders on one kiosk, with all that goes wrong in a shop
 	cmake --build --preset dev
 	LUMO_ORDERS=$(ORDERS) build/dev/station_tests --gtest_filter='SoakTest.*'
 
-bench: ## Compare start, memory, receipts, EXIF comments, the log and more with other programs
+bench: ## Compare with other programs, from the start to the log, and write docs/bench.md
 	@scripts/setup build bench
 	@$(CONFIGURE) release
 	cmake --build --preset release
-	cmake --build --preset release --target first_pixel receipt_steps server_scan exif_steps support_steps
+	cmake --build --preset release --target first_pixel bus_signals receipt_steps server_scan exif_steps support_steps
 	bench/run
+	bench/release
 	bench/receipt
 	bench/scan
 	bench/exif
 	bench/support
+	bench/report
 
 check: ## Check format, layers and words
 	@scripts/setup build test
