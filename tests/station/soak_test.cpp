@@ -12,6 +12,7 @@
 
 #include "station/bus_peer.h"
 #include "station/listener.h"
+#include "station/private_network.h"
 #include "station/process_tree.h"
 #include "station/station.h"
 
@@ -26,6 +27,10 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr const char* kReleasePath = "/registrationorders/photostationdata";
+constexpr const char* kShop = "10.0.1.20";
+constexpr int kPort = 9090;
+// A port of the shop's that nobody listens on.
+constexpr const char* kNobody = "http://10.0.1.20:9091/n=";
 constexpr const char* kFailure = "webView:didFailProvisionalNavigation:withError:...error = ";
 // A measurement is taken after the last order of each hundred.
 constexpr int kHundred = 100;
@@ -41,13 +46,15 @@ enum class Fate {
   PrinterAway,
   Refused,
   ServerAway,
+  NetworkAway,
   PageCrashes,
   BusAway,
   Count
 };
 constexpr std::array kNames{
     "confirmed",          "cancelled",        "with a receipt", "without a printer first",
-    "nobody there first", "server restarted", "page crashed",   "bus restarted"};
+    "nobody there first", "server restarted", "network gone",   "page crashed",
+    "bus restarted"};
 static_assert(kNames.size() == static_cast<std::size_t>(Fate::Count));
 
 std::string whenLoaded(const std::string& script) {
@@ -109,7 +116,14 @@ class StallWatch {
 
 }  // namespace
 
-class SoakTest : public StationTest {
+// Made before the station, whose screen would be a thread more.
+class OnShopNetwork {
+ protected:
+  PrivateNetwork network;
+};
+
+// The kiosk stands at the counter's end of a cable, the photo server at the other.
+class SoakTest : protected OnShopNetwork, public StationTest {
  protected:
   // LUMO_ORDERS has the number of a long run.
   static int orders() {
@@ -120,6 +134,11 @@ class SoakTest : public StationTest {
 
   void SetUp() override {
     StationTest::SetUp();
+    network.addShopAddress(kShop);
+    network.inShop([this] { photoServer = std::make_unique<TestServer>(kShop, kPort); });
+    TestServer& server = *photoServer;
+    server.set("/home", HttpAnswer{page(kRed)});
+    station.prefer("prefServerAddress", server.url("/home"));
     const auto leadTo = [](const std::string& path) {
       return [path](const HttpRequest& request) {
         return HttpAnswer{
@@ -166,6 +185,10 @@ class SoakTest : public StationTest {
   }
   int printed() const { return linesOf(paper()); }
 
+  void startAtTheCounter() {
+    station.startWith(network.atCounter(LUMO_KIOSK));
+    ASSERT_TRUE(station.shows(kRed)) << "the home page does not show: " << station.sight();
+  }
   void listen() { listener = std::make_unique<Listener>(station.busAddress()); }
   // Messages of a bus that ended are with those of the next one.
   void keepWhatWasHeard() {
@@ -179,13 +202,13 @@ class SoakTest : public StationTest {
   }
   bool asked(const std::string& path, const std::string& number) {
     return waitUntil([&] {
-      const auto requests = server.requests(path);
+      const auto requests = photoServer->requests(path);
       return std::any_of(requests.begin(), requests.end(),
                          [&](const HttpRequest& request) { return numberOf(request) == number; });
     });
   }
   void confirm(const std::string& number) {
-    ASSERT_NO_FATAL_FAILURE(open(server.url("/order?n=" + number)));
+    ASSERT_NO_FATAL_FAILURE(open(photoServer->url("/order?n=" + number)));
     ASSERT_TRUE(asked("/confirmation", number));
   }
   void expectFailureOf(const std::string& address) {
@@ -212,23 +235,23 @@ class SoakTest : public StationTest {
         confirm(number);
         return;
       case Fate::Cancelled:
-        open(server.url("/begun?n=" + number));
+        open(photoServer->url("/begun?n=" + number));
         ASSERT_TRUE(asked("/landing", number));
         return;
       case Fate::Receipt: {
         const int before = printed();
-        const int landings = server.count("/landing");
-        open(server.url("/receipt?n=" + number));
-        ASSERT_TRUE(waitUntil([&] { return server.count("/landing") > landings; }));
+        const int landings = photoServer->count("/landing");
+        open(photoServer->url("/receipt?n=" + number));
+        ASSERT_TRUE(waitUntil([&] { return photoServer->count("/landing") > landings; }));
         ASSERT_TRUE(waitUntil([&] { return printed() == before + 1; }));
         return;
       }
       case Fate::PrinterAway: {
         const int before = printed();
-        const int landings = server.count("/landing");
+        const int landings = photoServer->count("/landing");
         const int misses = linesOf(missed());
         std::ofstream(noPrinter()) << "";
-        open(server.url("/receipt?n=" + number));
+        open(photoServer->url("/receipt?n=" + number));
         ASSERT_TRUE(waitUntil([&] { return linesOf(missed()) > misses; }));
         fs::remove(noPrinter());
         // The first button has the keyboard; accessibility ends with the first bus.
@@ -238,19 +261,24 @@ class SoakTest : public StationTest {
           }
           return printed() == before + 1;
         }));
-        ASSERT_GT(server.count("/landing"), landings);
+        ASSERT_GT(photoServer->count("/landing"), landings);
         return;
       }
       case Fate::Refused: {
-        const RefusingPort nobody;
-        ASSERT_NO_FATAL_FAILURE(expectFailureOf(nobody.url("/n=" + number)));
+        ASSERT_NO_FATAL_FAILURE(expectFailureOf(kNobody + number));
         confirm(number);
         return;
       }
       case Fate::ServerAway:
-        server.stop();
-        ASSERT_NO_FATAL_FAILURE(expectFailureOf(server.url("/away?n=" + number)));
-        server.start();
+        network.inShop([this] { photoServer->stop(); });
+        ASSERT_NO_FATAL_FAILURE(expectFailureOf(photoServer->url("/away?n=" + number)));
+        network.inShop([this] { photoServer->start(); });
+        confirm(number);
+        return;
+      case Fate::NetworkAway:
+        network.changeCounter("link set counter0 down");
+        ASSERT_NO_FATAL_FAILURE(expectFailureOf(photoServer->url("/unreachable?n=" + number)));
+        network.changeCounter("link set counter0 up");
         confirm(number);
         return;
       case Fate::PageCrashes:
@@ -272,12 +300,13 @@ class SoakTest : public StationTest {
     return std::string((std::istreambuf_iterator<char>(in)), {}) + station.log();
   }
 
+  std::unique_ptr<TestServer> photoServer;
   std::unique_ptr<Listener> listener;
   std::vector<platform::DistributedNotification> messages;
 };
 
 TEST_F(SoakTest, OneKioskPlaysEveryKindOfOrderAndHoldsNoMoreForIt) {
-  startAtHome();
+  startAtTheCounter();
   ASSERT_FALSE(HasFatalFailure());
   std::mt19937 random(9090);
   std::array<int, kNames.size()> played{};
@@ -335,8 +364,8 @@ TEST_F(SoakTest, OrdersThatEndTheKioskAreEachHeardOnce) {
   const int rounds = std::max(2, orders() / 10);
   for (int round = 1; round <= rounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
-    ASSERT_NO_FATAL_FAILURE(startAtHome());
-    open(server.url("/finish?n=" + std::to_string(round)));
+    ASSERT_NO_FATAL_FAILURE(startAtTheCounter());
+    open(photoServer->url("/finish?n=" + std::to_string(round)));
     ASSERT_EQ(station.kiosk().end(), "exit status 0");
     const auto& heard = listener->heardToTheEnd();
     ASSERT_EQ(heard.size(), static_cast<std::size_t>(round));

@@ -14,6 +14,10 @@ namespace station {
 
 namespace {
 
+constexpr const char* kLoopback = "127.0.0.1";
+// Where a server can be reached at every address of the computer.
+constexpr const char* kEverywhere = "0.0.0.0";
+
 // A socket on a port of that address, a free one for 0, and that port.
 std::pair<platform::FileDescriptor, std::uint16_t> boundSocket(const std::string& host, std::uint16_t port) {
   platform::FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -32,8 +36,8 @@ std::pair<platform::FileDescriptor, std::uint16_t> boundSocket(const std::string
   return {std::move(socket), ntohs(address.sin_port)};
 }
 
-std::string localUrl(std::uint16_t port, const std::string& path) {
-  return "http://127.0.0.1:" + std::to_string(port) + path;
+std::string urlAt(const std::string& address, std::uint16_t port, const std::string& path) {
+  return "http://" + address + ":" + std::to_string(port) + path;
 }
 
 void sendAll(int socket, std::string_view bytes) {
@@ -119,7 +123,7 @@ void TestServer::setSilent(const std::string& path) {
 }
 
 std::string TestServer::url(const std::string& path) const {
-  return localUrl(port_, path);
+  return urlAt(address_ == kEverywhere ? kLoopback : address_, port_, path);
 }
 
 std::vector<HttpRequest> TestServer::requests(const std::string& path) const {
@@ -206,11 +210,11 @@ void TestServer::serve(int socket) {
 }
 
 RefusingPort::RefusingPort() {
-  std::tie(socket_, port_) = boundSocket("127.0.0.1", 0);
+  std::tie(socket_, port_) = boundSocket(kLoopback, 0);
 }
 
 std::string RefusingPort::url(const std::string& path) const {
-  return localUrl(port_, path);
+  return urlAt(kLoopback, port_, path);
 }
 
 }  // namespace station
