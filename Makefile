@@ -120,4 +120,4 @@ clean: ## Remove all that was built
 	rm -rf build
 
 help: ## List what can be made
-	@sed -n 's/^\([a-z-]*\): ## /\1	/p' Makefile | expand -t16
+	@sed -n 's/^\([a-z-]*\):[^#]*## /\1	/p' Makefile | expand -t16
