@@ -102,9 +102,9 @@ const char* typeName(const PreferenceKey& key) {
     case Type::Array:
       return "array of strings";
     case Type::Dictionary:
-      return "dictionary";
+      break;
   }
-  return "";
+  return "dictionary";
 }
 
 // Where a person finds it.
@@ -159,9 +159,9 @@ bool matches(PreferenceType type, const platform::PropertyList& value) {
              });
     }
     case Type::Dictionary:
-      return value.as<platform::Dictionary>() != nullptr;
+      break;
   }
-  return false;
+  return value.as<platform::Dictionary>() != nullptr;
 }
 
 std::string preferenceTable(const platform::Dictionary& factory) {

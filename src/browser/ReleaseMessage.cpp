@@ -18,12 +18,12 @@ constexpr const char* kStationList = "registrationorders/photostationlist";
 
 const char* statusText(ReleaseStatus status) {
   switch (status) {
-    case ReleaseStatus::ClosedWindow:
-      return "closedwindow";
     case ReleaseStatus::Registered:
       return "registered";
     case ReleaseStatus::CancelledRegistered:
       return "cancelled_registered";
+    case ReleaseStatus::ClosedWindow:
+      break;
   }
   return "closedwindow";
 }

@@ -6,8 +6,6 @@ namespace platform {
 
 std::string description(ViewKind kind) {
   switch (kind) {
-    case ViewKind::View:
-      return "View";
     case ViewKind::Button:
       return "Button";
     case ViewKind::TextField:
@@ -22,6 +20,8 @@ std::string description(ViewKind kind) {
       return "SettingsForm";
     case ViewKind::WebView:
       return "WebView";
+    case ViewKind::View:
+      break;
   }
   return "View";
 }
