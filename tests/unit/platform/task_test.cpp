@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/unit/platform/child_process.h"
 #include "tests/unit/platform/temporary_folder.h"
 
 namespace {
@@ -102,6 +103,20 @@ TEST(Task, TakesNoOtherChildsStatus) {
   int status = 0;
   ASSERT_EQ(::waitpid(other, &status, 0), other);
   EXPECT_EQ(WEXITSTATUS(status), 42);
+}
+
+TEST(Task, AStatusThatTheSystemThrewAwayIsMinusOneAndALine) {
+  testing::internal::CaptureStderr();
+  // Whoever ignores the signal of ended children gets no status of theirs.
+  EXPECT_EQ(inChild([] {
+              ::signal(SIGCHLD, SIG_IGN);
+              const auto result = shell("echo told; exit 3");
+              if (!result || result->standardOutput != "told\n") return 1;
+              return result->status == -1 && !result->signal ? 0 : 2;
+            }),
+            0);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::ContainsRegex("Task: process [0-9]+ ended without a status: No child processes"));
 }
 
 TEST(Task, ManyOutputsAtOnceAllEnd) {

@@ -44,6 +44,11 @@ std::size_t occurrences(std::string_view text, std::string_view part) {
   return count;
 }
 
+// Runs as a user whom rights bind, also where the test runs as root.
+int withoutPrivileges(const std::function<int()>& body) {
+  return inChild([&] { return ::geteuid() == 0 && ::seteuid(nobody) != 0 ? 100 : body(); });
+}
+
 class UserDefaultsFailureTest : public testing::Test {
  protected:
   Dictionary onDisk() const {
@@ -192,6 +197,43 @@ TEST_F(UserDefaultsFailureTest, SetsAFileAsideThatIsDamagedLater) {
   EXPECT_EQ(folder.names("test.plist.damaged-").size(), 2U);
 }
 
+TEST_F(UserDefaultsFailureTest, ADamagedFileStaysWhereItCannotBeSetAside) {
+  struct Obstacle {
+    const char* what;
+    std::filesystem::perms folder;
+    const char* line;
+  };
+  // Without the lock nobody may touch the file; with it, the folder may still forbid to rename.
+  const std::vector<Obstacle> obstacles{
+      {"no lock", std::filesystem::perms::owner_all, "cannot lock"},
+      {"no other name", static_cast<std::filesystem::perms>(0555), "cannot set aside the damaged"}};
+  for (const auto& [what, rights, line] : obstacles) {
+    const TemporaryFolder place;
+    const auto path = place / "test.plist";
+    writeFile(path, "damaged");
+    std::filesystem::permissions(path, static_cast<std::filesystem::perms>(0666));
+    if (rights == std::filesystem::perms::owner_all) {
+      std::filesystem::create_directory(place / "test.plist.lock");
+    } else {
+      writeFile(place / "test.plist.lock", "");
+      std::filesystem::permissions(place / "test.plist.lock", static_cast<std::filesystem::perms>(0666));
+    }
+    std::filesystem::permissions(place.path(), rights);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(withoutPrivileges([&path = path] {
+                UserDefaults defaults(path);
+                if (defaults.stringForKey("a")) return 1;
+                defaults.setObject("new", "a");
+                defaults.setObject("newer", "a");
+                return defaults.stringForKey("a") == "newer" && !defaults.synchronize() ? 0 : 2;
+              }),
+              0)
+        << what;
+    EXPECT_EQ(occurrences(testing::internal::GetCapturedStderr(), line), 1U) << what;
+    EXPECT_EQ(readFile(path), "damaged") << what;
+  }
+}
+
 TEST_F(UserDefaultsFailureTest, LivesInMemoryWhereNoFolderCanBe) {
   writeFile(folder / "file", "x");
   testing::internal::CaptureStderr();
@@ -224,11 +266,6 @@ TEST_F(UserDefaultsFailureTest, LivesInMemoryWhereAFolderStandsInTheWay) {
   }
   EXPECT_EQ(occurrences(testing::internal::GetCapturedStderr(), "cannot read"), 1U);
   EXPECT_EQ(onDisk(), (Dictionary{{"a", "value"}}));
-}
-
-// Runs as a user whom rights bind, also where the test runs as root.
-int withoutPrivileges(const std::function<int()>& body) {
-  return inChild([&] { return ::geteuid() == 0 && ::seteuid(nobody) != 0 ? 100 : body(); });
 }
 
 TEST_F(UserDefaultsFailureTest, AFolderWithoutRightsLosesNothing) {

@@ -46,8 +46,18 @@ TEST(WebViewDescriptions, TellWhatWentWrong) {
 }
 
 TEST(ViewDescriptions, NameTheKind) {
-  EXPECT_EQ(description(ViewKind::View), "View");
-  EXPECT_EQ(description(ViewKind::ImageView), "ImageView");
+  const std::vector<std::pair<ViewKind, std::string>> names{
+      {ViewKind::View, "View"},
+      {ViewKind::Button, "Button"},
+      {ViewKind::TextField, "TextField"},
+      {ViewKind::SegmentedControl, "SegmentedControl"},
+      {ViewKind::ImageView, "ImageView"},
+      {ViewKind::ProgressIndicator, "ProgressIndicator"},
+      {ViewKind::SettingsForm, "SettingsForm"},
+      {ViewKind::WebView, "WebView"}};
+  for (const auto& [kind, name] : names) {
+    EXPECT_EQ(description(kind), name);
+  }
   EXPECT_EQ(stringWithFormat("%@", ViewKind::WebView), "WebView");
   EXPECT_EQ(description(std::vector<View*>{nullptr}), "(\n    \"(null)\"\n)");
 }

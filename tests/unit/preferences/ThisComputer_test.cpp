@@ -1,6 +1,7 @@
 #include "preferences/ThisComputer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -26,6 +27,17 @@ TEST(ThisComputer, TellsTheAddressOfItsLoopback) {
   const auto entries = lumo::thisComputer().interfaces();
   ASSERT_TRUE(entries);
   EXPECT_EQ(addressOfInterface("lo", entries), "127.0.0.1");
+}
+
+TEST(ThisComputer, HasNoInterfacesWhereTheSystemDoesNotTell) {
+  rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  rlimit none = before;
+  none.rlim_cur = 0;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const auto entries = lumo::thisComputer().interfaces();
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_FALSE(entries);
 }
 
 }  // namespace
