@@ -2,15 +2,20 @@
 #include <filesystem>
 #include <optional>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
 
 #include "app/AppDelegate.h"
 #include "app/PreferenceKeys.h"
+#include "platform/file_descriptor.h"
 #include "platform/log.h"
 #include "support/ZELKOR_Log.h"
 #include "tests/fakes/captured_log.h"
 #include "tests/fakes/test_platform.h"
+#include "tests/unit/platform/child_process.h"
 #include "tests/unit/platform/temporary_folder.h"
 
 // Class initialisation: single instance, factory defaults, log file.
@@ -120,6 +125,28 @@ TEST_F(AppDelegateInitialize, SaysWhyTheLogStaysOnStandardError) {
   EXPECT_THAT(log.lines(),
               Contains(logFile().string() + " cannot be opened, the log stays on standard error"));
   EXPECT_EQ(log.lines().back(), kAfterRedirection);
+}
+
+// As user 54321, whom the system does not know.
+bool becomeNobodyKnown() {
+  const std::string map = "54321 " + std::to_string(geteuid()) + " 1";
+  const platform::FileDescriptor file(
+      unshare(CLONE_NEWUSER) == 0 ? open("/proc/self/uid_map", O_WRONLY | O_CLOEXEC) : -1);
+  return file && write(file.get(), map.data(), map.size()) == static_cast<ssize_t>(map.size());
+}
+
+TEST_F(AppDelegateInitialize, AUserWithoutAHomeGetsTheLogOnStandardError) {
+  EXPECT_EQ(inChild([this] {
+              if (!becomeNobodyKnown()) return 1;
+              unsetenv("HOME");
+              initialize();
+              platform::NSLog("a later line");
+              return 0;
+            }),
+            0);
+  EXPECT_THAT(log.lines(),
+              ElementsAre("AppDelegate->initialize....", kNoFactoryFile, kBeforeRedirection,
+                          "There is no home folder, the log stays on standard error", "a later line"));
 }
 
 // Another bundle name, which names the log file.

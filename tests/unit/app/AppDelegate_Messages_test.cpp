@@ -108,6 +108,15 @@ TEST_F(MessagesTest, ADroppedStringWithAPlaceholderIsResolvedLikeAnyAddress) {
             std::string::npos);
 }
 
+TEST_F(MessagesTest, APlaceholderStandsForTheServerOfThePreferencesElseForTheDefaultOne) {
+  EXPECT_EQ(delegate().replaceKnownPlaceholdersForUrl("http://h/x"), "http://h/x");
+  EXPECT_EQ(delegate().replaceKnownPlaceholdersForUrl("[junivaserver]/x"), std::nullopt);
+  set(prefDefaultServerAddress, "http://10.1.2.4");
+  EXPECT_EQ(delegate().replaceKnownPlaceholdersForUrl("[junivaserver]/x"), "http://10.1.2.4:9090/x");
+  set(prefServerAddress, "http://10.1.2.3:8080/ignored");
+  EXPECT_EQ(delegate().replaceKnownPlaceholdersForUrl("[dorvinserver]/x"), "http://10.1.2.3:8080/x");
+}
+
 TEST_F(MessagesTest, ADropWithoutAStringIsRefused) {
   machine.notifications.postNotificationName("LumoNotificationAddFromString");
   machine.dispatch.advance(Millis{100});

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/property_list_file.h"
@@ -92,6 +93,19 @@ TEST(PreferenceKeys, TellsFittingValues) {
   EXPECT_FALSE(lumo::matches(PreferenceType::Array, "a, b"));
   EXPECT_TRUE(lumo::matches(PreferenceType::Dictionary, Dictionary()));
   EXPECT_FALSE(lumo::matches(PreferenceType::Dictionary, "a"));
+}
+
+TEST(PreferenceTable, LeavesTheCellOfAFactoryValueEmptyThatSaysNothing) {
+  const std::string row = "| `prefThisUserAgent` | string | Advanced: User agent |";
+  for (const auto& [value, cell] : std::vector<std::pair<PropertyList, std::string>>{
+           {"Kiosk/1", " `Kiosk/1` |"}, {7, " `7` |"}, {"", " |"}, {Dictionary{{"a", "b"}}, " |"}}) {
+    EXPECT_THAT(lumo::preferenceTable(Dictionary{{"prefThisUserAgent", value}}),
+                testing::HasSubstr(row + cell + " |"))
+        << cell;
+  }
+  EXPECT_THAT(
+      lumo::preferenceTable(Dictionary{{"prefArrayOfPathNamesToDataForLumo", Array{"a", 1, Array{}}}}),
+      testing::HasSubstr(" | `a`, `1`, `` | "));
 }
 
 TEST(FactoryDefaults, HoldKnownKeysWithFittingValues) {

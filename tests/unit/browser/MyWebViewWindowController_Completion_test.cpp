@@ -59,6 +59,16 @@ TEST_F(CompletionTest, TheScriptsResultAndErrorAreLogged) {
   EXPECT_TRUE(log.contains("error = Error code=4 \"SyntaxError\" url=(null)"));
 }
 
+TEST_F(CompletionTest, APageThatIsGoneMeanwhileGetsNoFocus) {
+  page().browse("http://h:9090/login");
+  machine.dispatch.advance(Millis{9});
+  machine.journal.clear();
+  browser.reset();
+  ASSERT_EQ(machine.webView(), nullptr);
+  machine.dispatch.advance(Millis{1000});
+  EXPECT_TRUE(machine.journal.startingWith("webView1").empty());
+}
+
 TEST_F(CompletionTest, TheUserAgentIsLoggedWithEveryPage) {
   page().setCustomUserAgent("Kiosk/1");
   page().browse("http://h:9090/album");

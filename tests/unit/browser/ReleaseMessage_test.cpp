@@ -41,6 +41,17 @@ TEST(ReleaseMessage, OrderFieldsArePassedOnInCapitalsAndTheOrderTextWithBlanks) 
                                     {"urlstring", "http://h/run"}}));
 }
 
+TEST(ReleaseMessage, OfFieldsWithTheSameNameInCapitalsTheLastCounts) {
+  const platform::HeaderFields fields{
+      {"lumo-reg-code", "first"}, {"Lumo-Reg-Name", "Ann"}, {"LUMO-REG-CODE", "last"}};
+  const auto message = releaseMessage(ReleaseStatus::Registered, std::nullopt, &fields);
+  EXPECT_EQ(message.userInfo, (Info{{"senderApp", "LumoBrowser.app"},
+                                    {"email", "noEmailRequired"},
+                                    {"status", "registered"},
+                                    {"LUMO-REG-CODE", "last"},
+                                    {"LUMO-REG-NAME", "Ann"}}));
+}
+
 TEST(ReleaseMessage, TheOrderListIsAppendedTwice) {
   EXPECT_EQ(
       photoStationListUrl(*platform::Url::parse("http://10.0.0.5:9090/registrationorders/confirmsave?c=1")),
