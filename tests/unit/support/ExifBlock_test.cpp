@@ -119,6 +119,20 @@ TEST(ExifBlockTest, WhatWouldBeLargerThanTheLimitChangesNothing) {
   EXPECT_EQ(block->bytes().size(), kLimit);
 }
 
+TEST(ExifBlockTest, ADirectoryThatIsFullTakesNoComment) {
+  constexpr std::size_t kMostEntries = 65535;
+  const std::vector<Entry> full(kMostEntries, number(1, 7));
+  for (const std::string& bytes : {tiff({}, full), tiff(full, std::nullopt)}) {
+    auto block = ExifBlock::read(bytes);
+    ASSERT_TRUE(block);
+    EXPECT_FALSE(block->setUserComment("a comment", 10'000'000));
+    EXPECT_EQ(block->bytes(), bytes);
+  }
+  auto block = ExifBlock::read(tiff({}, std::vector<Entry>(kMostEntries - 1, number(1, 7))));
+  ASSERT_TRUE(block);
+  EXPECT_TRUE(block->setUserComment("a comment", 10'000'000));
+}
+
 TEST(ExifBlockTest, TheDictionaryIsForPeople) {
   const auto block =
       ExifBlock::read(tiff({}, {{{0x829A, 5, 1, bytesOf(1, 4, false) + bytesOf(4, 4, false)},

@@ -56,7 +56,7 @@ TEST(MachineFacts, MoreFreePagesThanTheNumberHoldsCountAsItsGreatest) {
 
 TEST(MachineFacts, AMachineThatDoesNotTellItsMemoryHasNone) {
   for (const std::string text : {"", "MemTotal: 5 kB\n", "MemFree:\n", "MemFree: many kB", "MemFree 5 kB",
-                                 "MemFree: 99999999999999999999999 kB"}) {
+                                 "MemFree: 99999999999999999999999 kB", "MemFree: 18014398509481984 kB"}) {
     EXPECT_FALSE(lumo::memoryStatistics(text, 4096)) << text;
   }
   EXPECT_FALSE(lumo::memoryStatistics(kMeminfo, 0));
@@ -95,6 +95,11 @@ TEST(MachineFacts, AModelShorterThan16BytesStillGetsABufferOf16) {
   EXPECT_EQ(lumo::modelAndMachine("MacBookPro18,3", "arm64"), "MacBookPro18,3 (arm64)");
 }
 
+TEST(MachineFacts, AModelThatIsNoTextIsAbsentAndSuchAMachineShowsAsNone) {
+  EXPECT_EQ(lumo::modelAndMachine("\xFF\xFE", "x86_64"), std::nullopt);
+  EXPECT_EQ(lumo::modelAndMachine("Pi", "\xFF\xFE"), "Pi ((null))");
+}
+
 TEST(MachineFacts, ReadsTheSystemsName) {
   const std::string text =
       "# comment\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nNAME='Debian $x'\nVERSION_ID=12\n"
@@ -106,7 +111,13 @@ TEST(MachineFacts, ReadsTheSystemsName) {
   EXPECT_EQ(lumo::osReleaseValue(text, "EMPTY"), "");
   EXPECT_EQ(lumo::osReleaseValue(text, "PRETTY"), "no");
   EXPECT_EQ(lumo::osReleaseValue(text, "VERSION"), std::nullopt);
-  EXPECT_EQ(lumo::osReleaseValue("X=\"", "X"), "\"");
+  const std::vector<std::pair<std::string, std::string>> values = {
+      {"\"", "\""},     {"'a\\b'", "a\\b"}, {"\"a\\", "\"a\\"}, {"a\\", "a\\"},
+      {"\"a'", "\"a'"}, {"''", ""},         {"a\\ b", "a b"},
+  };
+  for (const auto& [written, meant] : values) {
+    EXPECT_EQ(lumo::osReleaseValue("X=" + written, "X"), meant) << written;
+  }
 }
 
 TEST(MachineFacts, AVersionIsANumberWhateverTheLanguage) {

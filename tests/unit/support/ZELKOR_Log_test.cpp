@@ -366,6 +366,25 @@ TEST_F(ZELKOR_LogTest, WithoutAPathNothingIsOpened) {
   EXPECT_FALSE(ZELKOR_Log::setLogFile(folder_.string()));
 }
 
+// In a process of its own, where nothing has set the log up yet.
+TEST(ZELKOR_LogDeathTest, BeforeItIsSetUpThereIsNoFileAndNoQueueAndLinesGoNowhere) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto use = [] {
+    ZELKOR_Log::debug2("nobody hears this");
+    if (ZELKOR_Log::setLogFile("/nowhere/kiosk.log")) {
+      std::exit(1);
+    }
+    try {
+      ZELKOR_Log::loggingQueue();
+    } catch (const std::logic_error& error) {
+      std::exit(std::string(error.what()) == "the log has not been set up" ? 0 : 2);
+    }
+    std::exit(3);
+  };
+  EXPECT_EXIT(use(), testing::ExitedWithCode(0),
+              "^[^\n]*The log has not been set up, so it cannot be kept in /nowhere/kiosk.log\n$");
+}
+
 TEST_F(ZELKOR_LogTest, TheLoggingQueueIsOneQueueWithTheNameOfItsOperation) {
   EXPECT_EQ(ZELKOR_Log::loggingQueue().label(), "loggingQueue");
   EXPECT_TRUE(ZELKOR_Log::loggingQueue() == ZELKOR_Log::loggingQueue());

@@ -301,6 +301,14 @@ TEST_F(ZELKOR_XMLinEXIFTest, NoJpegAndNoCommentGiveNone) {
   EXPECT_EQ(log_.count("the image is no JPEG"), 6U);
 }
 
+TEST_F(ZELKOR_XMLinEXIFTest, AJpegThatCannotBeDecodedGivesNoneAndALine) {
+  std::string jpeg = cameraImage();
+  // A table that is no table.
+  jpeg.replace(jpeg.find(std::string("\xFF\xC4", 2)) + 5, 16, std::string(16, '\xFF'));
+  EXPECT_FALSE(embed(order(), jpeg));
+  EXPECT_NE(log_.text().find("the picture of a JPEG cannot be encoded again: "), std::string::npos);
+}
+
 TEST_F(ZELKOR_XMLinEXIFTest, AJpegThatIsCutOffIsRefusedWhereverItIsCut) {
   const std::string jpeg = cameraImage();
   for (const std::size_t size : {jpeg.size() - 1, jpeg.size() - 100, jpeg.size() / 2, std::size_t{30}}) {
