@@ -402,9 +402,9 @@ TEST_P(DispatchContract, CopiesAreOneQueue) {
   EXPECT_EQ(SerialQueue(dispatch()).label(), "");
   queue.async([&, copy]() mutable {
     record_.add(copy.isCurrent() ? "1" : "elsewhere");
-    copy.async([&] { record_.add("3"); });
+    copy.async([&] { record_.add("2"); });
+    queue.async([&] { record_.add("3"); });
   });
-  copy.async([&] { record_.add("2"); });
   ASSERT_TRUE(runUntil([&] { return record_.size() == 3; }));
   EXPECT_EQ(record_.items(), (Texts{"1", "2", "3"}));
 }

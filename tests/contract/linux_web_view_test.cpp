@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <semaphore>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -203,13 +206,44 @@ TEST_F(LinuxWebViewTest, AFailureThatIsOnItsWayWhenANewerLoadBeginsIsNotReported
   }
 }
 
+TEST_F(LinuxWebViewTest, APageOfTheSystemsOwnOnItsWayWhenALoadBeginsIsNotTakenForIt) {
+  std::counting_semaphore<> shown{0};
+  peer.answer("/picture", [&](PeerConnection&) { shown.release(); });
+  silentPage("/silent");
+  peer.start();
+  load("/");
+  const std::string html = "<img src='" + peer.url("/picture") + "'>";
+  std::size_t failures = 0;
+  for (const auto& base : {std::optional<Url>(), Url::parse(peer.url("/"))}) {
+    delegate.heard.clear();
+    // The engine's process stands still until it has been told to go on with the older page.
+    bool told = false;
+    delegate.actionDecided = [&] {
+      EXPECT_GT(station::signalPages(getpid(), SIGSTOP), 0);
+      harness.dispatch().main().after(Millis{100}, [&] { told = true; });
+    };
+    web->loadHTMLString(html, base);
+    ASSERT_TRUE(harness.runUntil([&] { return told; }));
+    ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
+    // It shows the older page now; this thread has not heard of it.
+    ASSERT_TRUE(shown.try_acquire_for(std::chrono::seconds(30)));
+    UrlRequest asked = request("/silent");
+    asked.timeout = Millis{300};
+    web->load(asked);
+    ASSERT_TRUE(heard("provisional failure -1001")) << testing::PrintToString(delegate.heard);
+    EXPECT_EQ(delegate.errors.size(), ++failures) << testing::PrintToString(delegate.heard);
+    load("/next");
+  }
+}
+
 TEST_F(LinuxWebViewTest, AnAddressThatTheEngineWritesInAnotherWayFailsAllTheSame) {
   const HttpPeer nobody;
   std::size_t failures = 0;
   for (const char* path : {"", "/#part", "/a%7Cb", "/%C3%A4?x=%20y#z"}) {
     web->load({*Url::parse(nobody.url(path)), {}, Millis{0}, {}});
     ++failures;
-    ASSERT_TRUE(harness.runUntil([&] { return delegate.errors.size() == failures; })) << path;
+    ASSERT_TRUE(harness.runUntil([&] { return delegate.errors.size() == failures; }))
+        << path << testing::PrintToString(delegate.heard);
   }
 }
 

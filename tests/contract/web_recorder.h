@@ -28,6 +28,9 @@ class WebRecorder : public platform::WebViewDelegate {
                                                                Decide decide) override {
     note("action " + short_(action.request.url.absoluteString()));
     decide(actionPolicy);
+    if (const platform::Block then = std::exchange(actionDecided, nullptr)) {
+      then();
+    }
   }
   void webView_decidePolicyForNavigationResponse_decisionHandler(platform::WebView& view,
                                                                  const platform::NavigationResponse& response,
@@ -88,6 +91,8 @@ class WebRecorder : public platform::WebViewDelegate {
   // What stands before the paths.
   std::string server;
   Policy actionPolicy = Policy::Allow;
+  // Runs once, after the next action has been answered.
+  platform::Block actionDecided;
   Policy responsePolicy = Policy::Allow;
   bool keepsResponses = false;
   bool dropsResponses = false;

@@ -52,8 +52,11 @@ class LinuxWebView final : public LinuxView, public WebView {
     bool redirected = false;
     // A text of the system's own that has no address.
     bool addressless = false;
-    // The empty page with which the engine begins in a new process.
-    bool enginesOwn = false;
+    // Nobody waits for it: the empty page with which the engine begins in a new process, or what was asked
+    // for before something newer.
+    bool ignored = false;
+    // The engine has been told to go on with it.
+    bool decided = false;
     // A page of the system's own making, or an address that really is about:blank.
     bool blankExpected = false;
     Millis timeout{0};
@@ -104,9 +107,9 @@ class LinuxWebView final : public LinuxView, public WebView {
   std::uint64_t lastRequest_ = 0;
   std::uint64_t timerSerial_ = 0;
   std::optional<Url> decidedUrl_;
-  // The engine was asked about an empty page that nobody wants, after something was asked for and before it
-  // was asked about that.
-  bool emptyPageComes_ = false;
+  // Until the engine asks about what was asked for last, it may tell of a page that nobody waits for any
+  // more.
+  bool ignoredPageComes_ = false;
   // The page that is shown has no address.
   bool addressless_ = false;
 };

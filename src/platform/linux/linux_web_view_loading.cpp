@@ -66,7 +66,9 @@ void LinuxWebView::loadHTMLString(const std::string& html, const std::optional<U
 
 void LinuxWebView::expect(const std::string& address, Millis timeout) {
   stopTimer();
-  emptyPageComes_ = false;
+  // A page of the system's own comes without a server, whatever is asked for meanwhile.
+  ignoredPageComes_ = ignoredPageComes_ || (requested_ && requested_->blankExpected && requested_->decided &&
+                                            requested_->serial != navigation_.serial);
   requested_ = Navigation{};
   requested_->serial = ++lastRequest_;
   requested_->requested = address;
@@ -108,10 +110,10 @@ void LinuxWebView::timeOut(std::uint64_t serial) {
 void LinuxWebView::loadChanged(WebKitLoadEvent event) {
   switch (event) {
     case WEBKIT_LOAD_STARTED:
-      if (emptyPageComes_) {
-        // In a process that takes the place of one which has ended; what was asked for follows.
+      if (ignoredPageComes_) {
+        // What was asked for follows.
         navigation_ = Navigation{};
-        navigation_.enginesOwn = true;
+        navigation_.ignored = true;
         break;
       }
       // The start may still be that of a load which this one has replaced; its own then follows.
@@ -132,14 +134,14 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       }
       break;
     case WEBKIT_LOAD_COMMITTED:
-      if (navigation_.enginesOwn) {
+      if (navigation_.ignored) {
         break;
       }
       stopTimer();
       committed();
       break;
     case WEBKIT_LOAD_FINISHED:
-      if (navigation_.enginesOwn) {
+      if (navigation_.ignored) {
         break;
       }
       stopTimer();

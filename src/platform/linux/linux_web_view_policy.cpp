@@ -67,8 +67,12 @@ void LinuxWebView::decideAction(WebKitNavigationPolicyDecision* decision) {
   if (frames_ != nullptr && webkit_navigation_action_is_redirect(action) == FALSE) {
     frames_->willLoad(asked.request);
   }
-  emptyPageComes_ =
+  // An empty page that was not asked for is the first one of a process which takes the place of another.
+  ignoredPageComes_ =
       requested_ && !requested_->blankExpected && asked.request.url.absoluteString() == "about:blank";
+  if (requested_ && !ignoredPageComes_) {
+    requested_->decided = true;
+  }
   auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
   delegate_->webView_decidePolicyForNavigationAction_decisionHandler(
       *this, asked, [answer](NavigationPolicy policy) { answer->answer(policy); });
