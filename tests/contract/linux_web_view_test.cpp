@@ -236,6 +236,27 @@ TEST_F(LinuxWebViewTest, APageOfTheSystemsOwnOnItsWayWhenALoadBeginsIsNotTakenFo
   }
 }
 
+TEST_F(LinuxWebViewTest, AnAddressThatIsAskedForAgainWhileItsAnswerIsDecidedShowsOnce) {
+  peer.start();
+  load("/");
+  // How far the first one has come when the second is asked for.
+  for (const std::string reached : {"", "action /next", "start at /next", "response 200 at /next"}) {
+    for (int round = 1; round <= 10; ++round) {
+      delegate.heard.clear();
+      delegate.keepsResponses = true;
+      web->load(request("/next"));
+      ASSERT_TRUE(reached.empty() || heard(reached));
+      web->load(request("/next"));
+      ASSERT_TRUE(heard("response 200 at /next"));
+      delegate.keepsResponses = false;
+      delegate.kept(NavigationPolicy::Allow);
+      ASSERT_TRUE(heard("finish at /next")) << reached << round << testing::PrintToString(delegate.heard);
+      ASSERT_TRUE(delegate.errors.empty()) << reached << round << testing::PrintToString(delegate.heard);
+      EXPECT_EQ(value("document.body.textContent"), PropertyList("next")) << reached << round;
+    }
+  }
+}
+
 TEST_F(LinuxWebViewTest, AnAddressThatTheEngineWritesInAnotherWayFailsAllTheSame) {
   const HttpPeer nobody;
   std::size_t failures = 0;
@@ -295,6 +316,17 @@ TEST_F(LinuxWebViewTest, ACancelledResponseFailsWith102AndLeavesThePage) {
   EXPECT_THAT(delegate.heard, ElementsAre("action /next", "start at /next", "response 200 at /next",
                                           "provisional failure 102"));
   EXPECT_EQ(delegate.address(*web), "/");
+}
+
+TEST_F(LinuxWebViewTest, AnAnswerWithoutContentFailsWith102AndLeavesThePage) {
+  peer.answer("/nothing", [](PeerConnection& connection) {
+    connection.send("HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
+  });
+  peer.start();
+  load("/");
+  web->load(request("/nothing"));
+  ASSERT_TRUE(heard("provisional failure 102")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(value("document.body.textContent"), PropertyList("home"));
 }
 
 TEST_F(LinuxWebViewTest, ADecisionThatIsDroppedCountsAsCancel) {

@@ -107,6 +107,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   std::uint64_t lastRequest_ = 0;
   std::uint64_t timerSerial_ = 0;
   std::optional<Url> decidedUrl_;
+  // Whether the last answer for the whole page was not to take the page's place.
+  std::shared_ptr<const bool> answerRefused_ = std::make_shared<bool>(false);
   // Until the engine asks about what was asked for last, it may tell of a page that nobody waits for any
   // more.
   bool ignoredPageComes_ = false;

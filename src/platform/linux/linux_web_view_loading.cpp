@@ -232,9 +232,14 @@ bool LinuxWebView::loadFailed(WebKitLoadEvent event, const char* uri, const GErr
   stopTimer();
   const bool timedOut = navigation_.timedOut;
   const bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+  // The engine drops an answer when something newer is asked for, be it the same address again. That one has
+  // not begun yet, or the start that seemed to be its own was still the first one's.
+  const bool dropped = g_error_matches(error, WEBKIT_POLICY_ERROR,
+                                       WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) &&
+                       requested_ && (requested_->serial != navigation_.serial || !*answerRefused_);
   navigation_.failed = true;
   navigation_.timedOut = false;
-  if ((cancelled && !timedOut) || isReplaced(uri)) {
+  if ((cancelled && !timedOut) || dropped || isReplaced(uri)) {
     // A newer load has taken this one's place; an error page now would replace the new page.
     return true;
   }

@@ -1,4 +1,5 @@
 #include <memory>
+#include <utility>
 
 #include "platform/linux/kiosk_answers.h"
 #include "platform/linux/linux_web_frames.h"
@@ -13,8 +14,9 @@ namespace {
 // Answers the engine exactly once: by the first call, or with "ignore" when it is dropped.
 class Decision {
  public:
-  explicit Decision(WebKitPolicyDecision* decision)
-      : decision_(WEBKIT_POLICY_DECISION(g_object_ref(decision))) {}
+  // `refused` is set before the engine hears of it.
+  explicit Decision(WebKitPolicyDecision* decision, std::shared_ptr<bool> refused = nullptr)
+      : decision_(WEBKIT_POLICY_DECISION(g_object_ref(decision))), refused_(std::move(refused)) {}
   ~Decision() {
     answer(NavigationPolicy::Cancel);
     g_object_unref(decision_);
@@ -30,12 +32,16 @@ class Decision {
     if (policy == NavigationPolicy::Allow) {
       webkit_policy_decision_use(decision_);
     } else {
+      if (refused_ != nullptr) {
+        *refused_ = true;
+      }
       webkit_policy_decision_ignore(decision_);
     }
   }
 
  private:
   WebKitPolicyDecision* decision_;
+  const std::shared_ptr<bool> refused_;
   bool answered_ = false;
 };
 
@@ -82,11 +88,16 @@ void LinuxWebView::decideResponse(WebKitResponsePolicyDecision* decision) {
   NavigationResponse response = responseOf(webkit_response_policy_decision_get_response(decision));
   response.isMainFrame = webkit_response_policy_decision_is_main_frame_main_resource(decision) != FALSE;
 
-  auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
+  std::shared_ptr<bool> refused;
   if (response.isMainFrame) {
+    // The engine itself leaves the page as it is when there is nothing to take its place.
+    refused = std::make_shared<bool>(response.statusCode == SOUP_STATUS_NO_CONTENT ||
+                                     response.statusCode == SOUP_STATUS_RESET_CONTENT);
+    answerRefused_ = refused;
     // The view's own address is still the old page's while a link's or form's answer is decided.
     decidedUrl_ = requestOf(webkit_response_policy_decision_get_request(decision)).url;
   }
+  auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision), refused);
   const bool showable = canBeShown(decision);
   delegate_->webView_decidePolicyForNavigationResponse_decisionHandler(
       *this, response, [answer, showable](NavigationPolicy policy) {
