@@ -1,6 +1,6 @@
 # The usual ways in; `make help` lists them. CMake does the work: CMakePresets.json has its settings.
 .DEFAULT_GOAL := build
-.PHONY: build run test release-soak soak bench check format tidy asan tsan fuzz coverage docs package install uninstall clean help
+.PHONY: build run test release-soak soak bench check format tidy asan tsan memcheck fuzz coverage docs package install uninstall clean help
 
 # CMake's reports of what it found are of no interest, its warnings are.
 CONFIGURE := cmake --log-level=NOTICE --preset
@@ -74,6 +74,12 @@ tsan: ## Run the unit tests under ThreadSanitizer
 	@$(CONFIGURE) tsan
 	cmake --build --preset tsan
 	ctest --preset tsan
+
+memcheck: ## Run the unit tests under valgrind
+	@scripts/setup build test memcheck
+	@$(CONFIGURE) dev
+	cmake --build --preset dev
+	scripts/memcheck
 
 FUZZ_SECONDS ?= 3600
 FUZZ_TARGETS ?=
