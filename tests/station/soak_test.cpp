@@ -34,6 +34,9 @@ constexpr const char* kNobody = "http://10.0.1.20:9091/n=";
 constexpr const char* kFailure = "webView:didFailProvisionalNavigation:withError:...error = ";
 // A measurement is taken after the last order of each hundred.
 constexpr int kHundred = 100;
+// It is over when the memory has not become less for so long.
+constexpr std::chrono::seconds kQuiet{5};
+constexpr std::chrono::seconds kLongestRest{30};
 // The engine starts a new process after a kill; it happens early in each hundred, so that each measurement
 // finds one that has as many orders behind it.
 constexpr int kCrashesUntil = 20;
@@ -294,6 +297,24 @@ class SoakTest : protected OnShopNetwork, public StationTest {
     }
     FAIL() << "no such order";
   }
+  // What the kiosk holds once its pages have cleared up after `order`, which they do when nobody needs them.
+  ProcessTree restAfter(int order) {
+    const std::string number = "rest" + std::to_string(order);
+    open(photoServer->url("/begun?n=" + number));
+    EXPECT_TRUE(asked("/landing", number));
+    ProcessTree lowest = measure(station.kiosk().pid());
+    const auto start = Clock::now();
+    auto since = start;
+    while (Clock::now() - since < kQuiet && Clock::now() - start < kLongestRest) {
+      waitUntil([] { return false; }, milliseconds(200));
+      const ProcessTree now = measure(station.kiosk().pid());
+      if (now.memory < lowest.memory) {
+        lowest = now;
+        since = Clock::now();
+      }
+    }
+    return lowest;
+  }
   // The log is rolled meanwhile.
   std::string wholeLog() const {
     std::ifstream in(station.logFile().parent_path() / "LumoBrowser_old.log");
@@ -330,7 +351,7 @@ TEST_F(SoakTest, OneKioskPlaysEveryKindOfOrderAndHoldsNoMoreForIt) {
       ASSERT_TRUE(station.kiosk().isRunning());
       ++played[static_cast<std::size_t>(kind)];
       if (order % kHundred == 0) {
-        measured.push_back(measure(station.kiosk().pid()));
+        measured.push_back(restAfter(order));
         const ProcessTree& now = measured.back();
         std::cout << "[ soak ] " << order << " orders: " << now.memory / 1024 << " MiB, " << now.openFiles
                   << " open files, " << now.threads << " threads\n"
