@@ -51,6 +51,7 @@ double secondsSince(Clock::time_point start) {
 
 std::vector<std::string> keys() {
   std::vector<std::string> names;
+  names.reserve(kKeys);
   for (int key = 0; key < kKeys; ++key) {
     names.push_back("key " + std::to_string(key));
   }

@@ -99,18 +99,18 @@ void MyWebViewWindowController::doTheScanProcess() {
 }
 
 void MyWebViewWindowController::printReceiptSoon(const ReturnPage& page) {
-  webviewProcessQueue().asyncHolding(
-      [this, &dispatch = platform_.dispatch, alive = std::weak_ptr(alive_), page](platform::Hold hold) {
-        dispatch.global().after(kBeforeReceipt, [this, &dispatch, alive, page, hold] {
-          dispatch.global().after(kPageDraws, [this, &dispatch, alive, page, hold] {
-            dispatch.main().async([this, alive, page, hold] {
-              if (!alive.expired()) {
-                doPrintThisPageAndReturnToPage(page);
-              }
-            });
-          });
+  webviewProcessQueue().asyncHolding([this, &dispatch = platform_.dispatch, alive = std::weak_ptr(alive_),
+                                      page](const platform::Hold& hold) {
+    dispatch.global().after(kBeforeReceipt, [this, &dispatch, alive, page, hold] {
+      dispatch.global().after(kPageDraws, [this, &dispatch, alive, page, hold] {
+        dispatch.main().async([this, alive, page, hold] {
+          if (!alive.expired()) {
+            doPrintThisPageAndReturnToPage(page);
+          }
         });
       });
+    });
+  });
 }
 
 }  // namespace lumo

@@ -45,7 +45,7 @@ bool isControl(const platform::View& view) {
 std::shared_ptr<FindLumoJunivaServerWindowController> FindLumoJunivaServerWindowController::make(
     platform::Platform& platform, LocalNetwork network) {
   // A worker may drop the last reference; the window must not go on its thread.
-  const std::shared_ptr<FindLumoJunivaServerWindowController> made(
+  std::shared_ptr<FindLumoJunivaServerWindowController> made(
       new FindLumoJunivaServerWindowController(platform, std::move(network)),
       [&main = platform.dispatch.main()](FindLumoJunivaServerWindowController* controller) {
         if (main.isCurrent()) {

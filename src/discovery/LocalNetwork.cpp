@@ -70,7 +70,7 @@ std::string localIPAddress(const LocalNetwork& network) {
   for (const std::string& name : interfaceNames(network)) {
     const std::string command = interfaceAddressCommand(name);
     NSLog("running command [%@]", command);
-    const std::string output = platform::trimmed(network.outputOfShellCommand(command).value_or(""));
+    std::string output = platform::trimmed(network.outputOfShellCommand(command).value_or(""));
     if (output.empty()) {
       continue;
     }

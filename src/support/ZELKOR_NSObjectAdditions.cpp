@@ -136,7 +136,7 @@ void performAsyncGlobal(Dispatch& dispatch, Block block) {
 std::optional<std::string> pathToSelf() {
   std::error_code error;
   const auto link = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto path = pathOfExecutable(link.string(), std::filesystem::exists(link, error));
+  auto path = pathOfExecutable(link.string(), std::filesystem::exists(link, error));
   // Three times, so that it is found in a long log.
   for (int line = 0; line < 3; ++line) {
     platform::NSLog("pathToSelf = %@", path);

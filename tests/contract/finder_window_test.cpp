@@ -16,8 +16,6 @@
 namespace {
 
 using fakes::FakeHttpClient;
-using platform::Millis;
-using testing::ElementsAre;
 
 class FinderSheetTest : public testing::Test {
  protected:
