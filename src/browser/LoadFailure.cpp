@@ -50,4 +50,10 @@ std::string errorPage(const platform::WebError& error) {
       escaped(error.failingUrlString));
 }
 
+std::string readablePage(const std::string& text) {
+  return "<!doctype html><meta charset=utf-8><style>:root{color-scheme:light dark}"
+         "body{margin:6vh 6vw;font:clamp(22px,2.4vw,40px)/1.5 sans-serif;overflow-wrap:anywhere}</style>" +
+         text;
+}
+
 }  // namespace lumo

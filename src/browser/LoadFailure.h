@@ -18,4 +18,8 @@ std::optional<platform::Url> failingUrl(const platform::WebError& error);
 // The page that takes the site's place after a failure. Texts from outside show as they are.
 std::string errorPage(const platform::WebError& error);
 
+// The document that shows a text of the system's own, as HTML, to a person who stands before the counter:
+// in large letters, with room around it, light or dark as the desktop is.
+std::string readablePage(const std::string& text);
+
 }  // namespace lumo

@@ -22,7 +22,7 @@ void MyWebViewWindowController::handleWebViewError(const std::optional<platform:
   queue.async([this, &platform = platform_, alive = std::weak_ptr(alive_), error, load = loads_.load(),
                queue]() mutable {
     if (error) {
-      platform.dispatch.main().async([this, alive, load, page = errorPage(*error)] {
+      platform.dispatch.main().async([this, alive, load, page = readablePage(errorPage(*error))] {
         // A page that was asked for meanwhile is not to be replaced by the failure of an older one.
         if (alive.expired() || load != loads_) {
           return;

@@ -2,6 +2,7 @@
 
 #include "app/PreferenceKeys.h"
 #include "browser/GoAddress.h"
+#include "browser/LoadFailure.h"
 #include "browser/MyWebViewWindowController.h"
 #include "platform/log.h"
 #include "platform/user_defaults.h"
@@ -63,7 +64,7 @@ void MyWebViewWindowController::ibGoButtonWK(const Sender& sender) {
     }
   } else if (plan.kind == GoPlan::Kind::InvalidAddress) {
     for (platform::WebView* view : views) {
-      view->loadHTMLString(invalidAddressPage(plan.invalidAddress), std::nullopt);
+      view->loadHTMLString(readablePage(invalidAddressPage(plan.invalidAddress)), std::nullopt);
     }
   }
 }

@@ -98,10 +98,11 @@ TEST_F(LoadingTest, ShowsThatAnAddressIsInvalid) {
   station.prefer("prefServerAddress", invalid);
   station.start();
   ASSERT_TRUE(waitUntil([this] { return station.window() != 0; }));
-  // Dark on white at the page's top: neither all white nor all of the window's colour before the page comes.
+  // Dark on white in the upper part of the page: neither all white nor all of the window's colour before the
+  // page comes.
   EXPECT_TRUE(waitUntil([this] {
     const Area frame = station.screen().frame(station.window());
-    const Area top{frame.x, frame.y + frame.height - 720, 600, 40};
+    const Area top{frame.x, frame.y + frame.height - 720, 900, 120};
     const int dark = station.screen().otherThan({255, 255, 255}, top);
     return dark > 100 && dark < top.width * top.height / 2;
   })) << "the page has no text";

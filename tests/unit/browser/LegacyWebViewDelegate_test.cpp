@@ -1,5 +1,6 @@
 #include "browser/LegacyWebViewDelegate.h"
 
+#include "browser/LoadFailure.h"
 #include "browser/ReleaseMessage.h"
 #include "tests/unit/browser/browser_fixture.h"
 
@@ -320,9 +321,10 @@ TEST_F(LegacyViewTest, EveryFailureShowsTheErrorPage) {
   settle();
   EXPECT_FALSE(isWaiting());
   ASSERT_EQ(view->htmlLoads().size(), 1U);
-  EXPECT_EQ(view->htmlLoads()[0].html,
-            "Error Encountered at handleWebViewError: !!<br>error code = [102] = Frame load "
-            "interrupted<br><br>sender url = http://h/registration/save");
+  EXPECT_EQ(
+      view->htmlLoads()[0].html,
+      lumo::readablePage("Error Encountered at handleWebViewError: !!<br>error code = [102] = Frame load "
+                         "interrupted<br><br>sender url = http://h/registration/save"));
 
   go("http://h/orders");
   view->answerResponse(200);

@@ -73,6 +73,13 @@ TEST(ErrorPage, TellsCodeTextAndAddress) {
             "out.<br><br>sender url = http://10.0.0.5:9090/x");
 }
 
+TEST(ErrorPage, IsShownInLettersThatGrowWithTheWindow) {
+  const std::string page = lumo::readablePage("sender url = x");
+  EXPECT_TRUE(page.starts_with("<!doctype html><meta charset=utf-8>"));
+  EXPECT_NE(page.find("font:clamp("), std::string::npos);
+  EXPECT_TRUE(page.ends_with("</style>sender url = x"));
+}
+
 TEST(ErrorPage, WithoutAnAddressSaysSo) {
   EXPECT_EQ(errorPage({7, "", std::nullopt}),
             "Error Encountered at handleWebViewError: !!<br>error code = [7] = <br><br>sender url = (null)");

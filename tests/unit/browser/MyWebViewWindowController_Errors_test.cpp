@@ -1,3 +1,4 @@
+#include "browser/LoadFailure.h"
 #include "tests/unit/browser/browser_fixture.h"
 
 // Failed loads: the error page, the settings after it, and the process of a page that ends.
@@ -57,7 +58,7 @@ TEST_F(BrowserFailure, ShowsThePageThatTellsOfIt) {
   failToLoad("http://h/x");
   settle();
 
-  EXPECT_THAT(pages(), ElementsAre(kPage));
+  EXPECT_THAT(pages(), ElementsAre(lumo::readablePage(kPage)));
   EXPECT_EQ(page().htmlLoads().back().base, std::nullopt);
   EXPECT_FALSE(isWaiting());
   EXPECT_TRUE(window().isVisible());
@@ -158,7 +159,7 @@ TEST_F(BrowserFailure, OpensTheSettingsHalfASecondLater) {
   makeShown();
   failToLoad("http://h/x");
   settle();
-  EXPECT_THAT(pages(), ElementsAre(kPage));
+  EXPECT_THAT(pages(), ElementsAre(lumo::readablePage(kPage)));
   machine.dispatch.advance(Millis{499});
   EXPECT_FALSE(showsPreferences());
   machine.dispatch.advance(Millis{1});
@@ -204,7 +205,7 @@ TEST_F(BrowserFailure, ShowsItsPageInEveryVisibleView) {
   browser->handleWebViewError(WebError{-1004, "Could not connect.", "http://h/x"});
   settle();
   EXPECT_EQ(legacy().htmlLoads().size(), 1U);
-  EXPECT_THAT(pages(), ElementsAre(kPage));
+  EXPECT_THAT(pages(), ElementsAre(lumo::readablePage(kPage)));
 
   page().setHidden(true);
   browser->handleWebViewError(WebError{-1004, "Could not connect.", "http://h/x"});

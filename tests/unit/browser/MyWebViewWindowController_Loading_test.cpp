@@ -1,3 +1,4 @@
+#include "browser/LoadFailure.h"
 #include "tests/unit/browser/browser_fixture.h"
 
 namespace {
@@ -142,7 +143,7 @@ TEST_F(BrowserLoading, AnAddressThatIsNoneIsShownInPlaceOfTheSite) {
   makeShown().ibGoButton({});
 
   EXPECT_THAT(loaded(), IsEmpty());
-  EXPECT_THAT(shownTexts(), ElementsAre("Invalid url Request = [http://h:port/]"));
+  EXPECT_THAT(shownTexts(), ElementsAre(lumo::readablePage("Invalid url Request = [http://h:port/]")));
   EXPECT_EQ(window().sheetCount(), 0U);
   EXPECT_EQ(runningAddress(), "http://h:port/");
 }
@@ -151,7 +152,7 @@ TEST_F(BrowserLoading, ACompletedAddressThatIsNoneIsShownAndNotStored) {
   set(lumo::prefRunningUrlString, "localhost:port");
   makeShown().ibGoButton({});
 
-  EXPECT_THAT(shownTexts(), ElementsAre("Invalid url Request = [http://localhost:port]"));
+  EXPECT_THAT(shownTexts(), ElementsAre(lumo::readablePage("Invalid url Request = [http://localhost:port]")));
   EXPECT_EQ(runningAddress(), "localhost:port");
 }
 
@@ -172,8 +173,10 @@ TEST_F(BrowserLoading, GoShowsAnInvalidAddressInBothVisibleViews) {
   machine.journal.clear();
   browser->ibGoButton({});
 
-  EXPECT_THAT(steps(), ElementsAre("webView1 loadHTMLString Invalid url Request = [http://h:port/]",
-                                   "ibWebView loadHTMLString Invalid url Request = [http://h:port/]"));
+  EXPECT_THAT(steps(), ElementsAre("webView1 loadHTMLString " +
+                                       lumo::readablePage("Invalid url Request = [http://h:port/]"),
+                                   "ibWebView loadHTMLString " +
+                                       lumo::readablePage("Invalid url Request = [http://h:port/]")));
 }
 
 TEST_F(BrowserLoading, HiddenViewsAreLeftAlone) {
