@@ -78,12 +78,6 @@ std::set<std::string> targets(const std::set<std::pair<std::string, int>>& conne
 
 }  // namespace
 
-// Made before the station, whose screen would be a thread more.
-class OnPrivateNetwork {
- protected:
-  PrivateNetwork network;
-};
-
 // Screen and session stay on the machine's own network, where X servers know of each other; one elsewhere
 // would take another's display. Only the kiosk is at the counter.
 class ServerFinderTest : protected OnPrivateNetwork, public StationTest {

@@ -75,4 +75,10 @@ class PrivateNetwork {
   std::thread watcher_;
 };
 
+// The first base of a test at the counter: made before the station, whose screen would be a thread more.
+class OnPrivateNetwork {
+ protected:
+  PrivateNetwork network;
+};
+
 }  // namespace station

@@ -119,14 +119,8 @@ class StallWatch {
 
 }  // namespace
 
-// Made before the station, whose screen would be a thread more.
-class OnShopNetwork {
- protected:
-  PrivateNetwork network;
-};
-
 // The kiosk stands at the counter's end of a cable, the photo server at the other.
-class SoakTest : protected OnShopNetwork, public StationTest {
+class SoakTest : protected OnPrivateNetwork, public StationTest {
  protected:
   // LUMO_ORDERS has the number of a long run.
   static int orders() {
