@@ -50,13 +50,19 @@ class PrivateDisplay {
       _exit(127);
     }
     writeEnd.reset();
+    // The server writes its number and the line break one after the other.
     pollfd ready = {readEnd.get(), POLLIN, 0};
-    char text[16] = {};
-    if (process_ < 0 || poll(&ready, 1, 30'000) != 1 || read(readEnd.get(), text, sizeof text - 1) < 2) {
+    std::string told;
+    char byte = 0;
+    while (process_ > 0 && poll(&ready, 1, 30'000) == 1 && read(readEnd.get(), &byte, 1) == 1 &&
+           byte != '\n') {
+      told += byte;
+    }
+    if (told.empty() || byte != '\n') {
       stop();
       return false;
     }
-    name_ = ":" + std::string(text, std::string_view(text).find('\n'));
+    name_ = ":" + told;
     return true;
   }
 
