@@ -265,6 +265,31 @@ TEST(WorkerPool, IdleThreadsEndAndNewOnesCome) {
   }
 }
 
+TEST(WorkerPool, ABurstOfBlocksWaitsForTheThreadsThereAre) {
+  Door door;
+  std::atomic<int> done = 0;
+  std::promise<void> allDone;
+  platform::WorkerPool pool;
+  constexpr int kThreads = platform::WorkerPool::kMostThreads;
+  for (int i = 0; i < kThreads; ++i) {
+    pool.post([&] { door.wait(); });
+  }
+  EXPECT_TRUE(door.waitFor(kThreads));
+  constexpr int kMore = 1000;
+  for (int i = 0; i < kMore; ++i) {
+    pool.post([&] {
+      if (++done == kMore) {
+        allDone.set_value();
+      }
+    });
+  }
+  EXPECT_EQ(pool.threadCount(), static_cast<std::size_t>(kThreads));
+  EXPECT_EQ(done, 0);
+  door.open();
+  EXPECT_EQ(allDone.get_future().wait_for(10s), std::future_status::ready);
+  EXPECT_LE(pool.threadCount(), static_cast<std::size_t>(kThreads));
+}
+
 TEST(TimerThread, AnEarlierTimerOvertakesALaterOne) {
   platform::TimerThread timers;
   std::promise<void> fired;

@@ -27,7 +27,7 @@ void WorkerPool::post(Block block) {
   }
   blocks_.push_back(std::move(block));
   // A thread that has been woken counts as idle until it has taken its block, hence the comparison.
-  if (blocks_.size() > idle_ + starting_) {
+  if (blocks_.size() > idle_ + starting_ && threads_.size() < kMostThreads) {
     addThread();
   } else {
     wake_.notify_one();

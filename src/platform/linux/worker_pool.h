@@ -13,10 +13,13 @@
 namespace platform {
 
 // Worker threads that grow with the work: a block that finds no idle thread gets a new one, so blocks that
-// wait for a child process never hold up others. A thread that stays idle ends after a while. Any thread may
-// call.
+// wait for a child process do not hold up others. From `kMostThreads` on blocks wait for a thread, first
+// come, first served: a burst of thousands would otherwise be slower for all its threads. A thread that stays
+// idle ends after a while. Any thread may call.
 class WorkerPool {
  public:
+  static constexpr std::size_t kMostThreads = 128;
+
   explicit WorkerPool(std::chrono::milliseconds idleTime = std::chrono::seconds(10));
   // Stops, and waits for the blocks that are running. Not from a worker.
   ~WorkerPool();
@@ -24,7 +27,8 @@ class WorkerPool {
   WorkerPool& operator=(const WorkerPool&) = delete;
 
   // Runs `block` on a worker; after stop it is dropped. When the system gives no further thread, the block
-  // waits for one of those there are, with a line in the log. The block must not throw.
+  // waits for one of those there are, with a line in the log. The block must not throw, nor wait for another
+  // block.
   void post(Block block);
   // Drops the blocks that have not started and ends the idle threads. Running blocks are let be: their
   // threads end after them.
