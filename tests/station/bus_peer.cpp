@@ -7,8 +7,9 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
+
+#include "station/local_socket.h"
 
 namespace station {
 
@@ -35,13 +36,9 @@ GVariant* openArguments(const std::vector<std::string>& addresses) {
 
 }  // namespace
 
-BusPeer::BusPeer(const std::string& address) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  const std::string path = address.substr(address.find('=') + 1);
-  sockaddr_un name = {};
-  name.sun_family = AF_UNIX;
-  path.copy(name.sun_path, sizeof name.sun_path - 1);
-  if (connect(socket_.get(), reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0) {
-    throw std::runtime_error("no bus at " + path);
+BusPeer::BusPeer(const std::string& address) : socket_(connectedTo(address.substr(address.find('=') + 1))) {
+  if (!socket_) {
+    throw std::runtime_error("no bus at " + address);
   }
   std::string user;
   for (const char digit : std::to_string(geteuid())) {

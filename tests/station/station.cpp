@@ -2,17 +2,17 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
 #include <stdlib.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "platform/file_descriptor.h"
 #include "platform/property_list_file.h"
+#include "station/local_socket.h"
 
 namespace station {
 
@@ -47,14 +47,6 @@ fs::path madeFolder() {
     throw std::runtime_error("no folder for the station");
   }
   return name;
-}
-
-bool isListenedOn(const fs::path& path) {
-  const platform::FileDescriptor client(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  path.string().copy(address.sun_path, sizeof address.sun_path - 1);
-  return ::connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 }  // namespace
@@ -148,7 +140,7 @@ void Station::startBus(const Starter& through) {
   bus_ =
       std::make_unique<ChildProcess>(through ? through(command) : command, environment, folder_ / "bus.txt");
   // The socket is there a moment before anybody listens on it.
-  if (!waitUntil([&socket] { return isListenedOn(socket); })) {
+  if (!waitUntil([&socket] { return static_cast<bool>(connectedTo(socket)); })) {
     throw std::runtime_error("no session bus: " + contents(folder_ / "bus.txt"));
   }
   environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();

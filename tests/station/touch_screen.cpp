@@ -9,9 +9,10 @@
 
 #include <X11/extensions/XI2.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <xorg/xf86-input-inputtest-protocol.h>
+
+#include "station/local_socket.h"
 
 namespace station {
 
@@ -108,16 +109,12 @@ std::vector<std::string> TouchScreen::command() const {
 }
 
 void TouchScreen::connect() {
-  socket_.reset(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  const std::string path = folder_ / "finger";
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  const timeval patience{10, 0};
-  setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  if (::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+  socket_ = connectedTo(folder_ / "finger");
+  if (!socket_) {
     throw std::runtime_error("there is no touch screen");
   }
+  const timeval patience{10, 0};
+  setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   auto version = message<xf86ITEventClientVersion>(XF86IT_EVENT_CLIENT_VERSION);
   version.major = XF86IT_PROTOCOL_VERSION_MAJOR;
   version.minor = XF86IT_PROTOCOL_VERSION_MINOR;
