@@ -1,5 +1,7 @@
 #include "catalogue.h"
 
+#include <array>
+
 #include "artwork.h"
 
 namespace juniva {

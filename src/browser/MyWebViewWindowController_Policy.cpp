@@ -1,3 +1,5 @@
+#include <set>
+
 #include "app/PreferenceKeys.h"
 #include "browser/MyWebViewWindowController.h"
 #include "browser/ServerRoutes.h"

@@ -1,5 +1,6 @@
 #include "platform/linux/linux_application.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <memory>

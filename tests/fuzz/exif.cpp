@@ -1,5 +1,6 @@
 // A photo with a property list in it: a JPEG file, or the block of its EXIF segment.
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "station/listener.h"
 
+#include <stdexcept>
+
 #include "station/waiting.h"
 
 namespace station {

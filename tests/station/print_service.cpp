@@ -1,6 +1,7 @@
 #include "station/print_service.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <map>

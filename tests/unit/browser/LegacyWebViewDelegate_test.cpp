@@ -1,5 +1,7 @@
 #include "browser/LegacyWebViewDelegate.h"
 
+#include <algorithm>
+
 #include "browser/LoadFailure.h"
 #include "browser/ReleaseMessage.h"
 #include "tests/unit/browser/browser_fixture.h"

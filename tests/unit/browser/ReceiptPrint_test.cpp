@@ -1,5 +1,7 @@
 #include "browser/ReceiptPrint.h"
 
+#include <fstream>
+
 #include <gmock/gmock.h>
 
 #include "platform/format.h"

@@ -1,6 +1,7 @@
 #include "platform/notification_center.h"
 
 #include <atomic>
+#include <stdexcept>
 #include <thread>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include "platform/strings.h"
 
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>

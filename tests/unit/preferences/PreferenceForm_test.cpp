@@ -1,6 +1,7 @@
 #include "preferences/PreferenceForm.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include <gmock/gmock.h>

@@ -1,5 +1,7 @@
 #include "support/JpegImage.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <optional>

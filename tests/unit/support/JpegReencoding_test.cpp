@@ -1,5 +1,6 @@
 #include "support/JpegReencoding.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <string>

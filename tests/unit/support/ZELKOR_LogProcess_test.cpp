@@ -2,6 +2,7 @@
 #include <csignal>
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <thread>
 
 #include <gmock/gmock.h>

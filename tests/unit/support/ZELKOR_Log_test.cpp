@@ -1,6 +1,8 @@
 #include "support/ZELKOR_Log.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <ctime>
 #include <optional>
 #include <stdexcept>
