@@ -75,7 +75,7 @@ class NetworkManager {
   GDBusConnection* connection_ = nullptr;
 };
 
-std::optional<std::string> nonEmpty(std::string name) {
+std::optional<std::string> nonEmpty(const std::string& name) {
   return name.empty() ? std::nullopt : std::optional(validUtf8(name));
 }
 

@@ -1,6 +1,7 @@
 #include "support/JpegSegments.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ TEST(JpegSegmentsTest, APlainPictureIsWhole) {
 }
 
 TEST(JpegSegmentsTest, EveryCutIsNoticedAndNoneReadsTooFar) {
-  const std::string jpeg = withExif(picture(), exif_fixture::tiff({}, {{}}));
+  const std::string jpeg = withExif(picture(), exif_fixture::tiff({}, std::vector<exif_fixture::Entry>{}));
   for (std::size_t size = 0; size < jpeg.size(); ++size) {
     // A copy of its own, so that the sanitizer sees every byte beyond.
     const std::string cut = jpeg.substr(0, size);
