@@ -65,7 +65,7 @@ class DropsTest : public StationTest {
   }
   // The page's place on the screen.
   Area pageArea() {
-    const auto view = station.control("widget", "WebKitWebView");
+    const auto view = station.control("group", "Page");
     const Area frame = station.screen().frame(station.window());
     const Area area = view ? view->extents() : Area{};
     EXPECT_GT(area.width, 0);

@@ -278,7 +278,7 @@ TEST_F(FailureTest, AProcessOfThePageThatEndsLeavesTheKioskUsable) {
 TEST_F(FailureTest, TheIndicatorMovesWhileAPageComes) {
   const auto bar = [this] {
     const Area frame = station.screen().frame(station.window());
-    const auto view = station.control("widget", "WebKitWebView");
+    const auto view = station.control("group", "Page");
     const Area web = view ? view->extents() : Area{};
     return Area{frame.x + web.x, frame.y + web.y, web.width, 4};
   };

@@ -96,7 +96,7 @@ TEST_F(LegacyViewStationTest, TheVeryFirstPageIsLoadedTwice) {
 TEST_F(LegacyViewStationTest, TheViewCoversThePageWhateverTheWindowDoes) {
   startWithLegacyView();
   const auto isCovered = [this] {
-    const auto view = station.control("widget", "WebKitWebView");
+    const auto view = station.control("group", "Page");
     const Area frame = station.screen().frame(station.window());
     const Area web = view ? view->extents() : Area{};
     // Below the window's bars the view reaches all three edges.

@@ -60,7 +60,7 @@ TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
     EXPECT_TRUE(hasFocusIn(*settings)) << "the keyboard left the sheet with Tab number " << press + 1;
   }
   station.key("F9");
-  const auto pageView = station.control("widget", "WebKitWebView");
+  const auto pageView = station.control("group", "Page");
   ASSERT_TRUE(pageView);
   EXPECT_FALSE(pageView->isSensitive());
   const auto home = station.control("button", "Home");
@@ -73,7 +73,7 @@ TEST_F(SheetTest, SettingsKeepTheKeyboardToThemselves) {
   ASSERT_TRUE(close->press());
   ASSERT_TRUE(station.logs("User Entered: 1"));
   EXPECT_TRUE(waitUntil([this] { return !station.control("dialog", "Settings"); }));
-  EXPECT_TRUE(station.control("widget", "WebKitWebView")->isSensitive());
+  EXPECT_TRUE(station.control("group", "Page")->isSensitive());
   // The page has the keyboard again, and has heard nothing meanwhile.
   station.key("F4");
   EXPECT_TRUE(waitUntil([this] { return heardKey("F4"); }));

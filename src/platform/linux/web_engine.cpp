@@ -31,8 +31,11 @@ WebKitSettings* WebEngine::makeSettings() const {
 
 GtkWidget* WebEngine::makeEngineView() {
   WebKitSettings* settings = makeSettings();
-  auto* view = GTK_WIDGET(g_object_new(WEBKIT_TYPE_WEB_VIEW, "settings", settings, nullptr));
+  auto* view = GTK_WIDGET(g_object_new(WEBKIT_TYPE_WEB_VIEW, "settings", settings, "accessible-role",
+                                       GTK_ACCESSIBLE_ROLE_GROUP, nullptr));
   g_object_unref(settings);
+  // What it is called where nobody names it differs from version to version.
+  gtk_accessible_update_property(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_PROPERTY_LABEL, "Page", -1);
   return view;
 }
 
