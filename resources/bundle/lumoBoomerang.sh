@@ -47,7 +47,8 @@ trap 'exit 1' HUP INT TERM
 # "file:" and the whitelist keep a name, and a playlist, from reaching for anything but files.
 # The first picture of the way back would be the last one of the way there, and its last one the first of
 # the next round; both are left out. All pictures of the way back are in memory at once, hence the bounds.
-forward="trim=duration=$seconds,setpts=PTS-STARTPTS,fps=fps='min(30,source_fps)',\
+# The rate comes first: behind a change of times newer versions do not know the movie's own any more.
+forward="fps=fps='min(30,source_fps)',trim=duration=$seconds,setpts=PTS-STARTPTS,\
 scale=w='min(1280,iw)':h='min(1280,ih)':force_original_aspect_ratio=decrease:force_divisible_by=2,\
 setsar=1,format=yuv420p"
 back="trim=start_frame=1,reverse,trim=start_frame=1,setpts=PTS-STARTPTS"
@@ -57,7 +58,7 @@ if ! timeout "$PATIENCE" ffmpeg -nostdin -hide_banner -loglevel error -y -protoc
   -map '[clip]' -map_metadata -1 -c:v libx264 -crf 26 -movflags +faststart -f mp4 "file:$work/clip.mp4" \
   </dev/null 2>"$work/said"; then
   said=$(tail -n 1 "$work/said")
-  case $said in *"matches no streams"*) said="there are no pictures in it" ;; esac
+  ! grep -q "matches no streams" "$work/said" || said="there are no pictures in it"
   fail "$movie cannot be made into a clip: $said"
 fi
 # A photo is a movie of one picture to ffmpeg.
