@@ -71,19 +71,19 @@ enum CoalescingTime : int { AtStart = 1, AtEnd = 2 };
 // whole one; a negative time, or none at all, as zero.
 void runOnceForKey_onQueue_afterWaiting_when_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                         const QueueOrNone& queue, double seconds, int when,
-                                                        platform::Block block);
+                                                        const platform::Block& block);
 // At the start of a burst only.
 void runOnceForKey_onQueue_collectingFor_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                     const QueueOrNone& queue, double seconds,
-                                                    platform::Block block);
+                                                    const platform::Block& block);
 // At the end only.
 void runOnceForKey_onQueue_afterWaiting_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                    const QueueOrNone& queue, double seconds,
-                                                   platform::Block block);
+                                                   const platform::Block& block);
 // At both: a single call runs its block twice.
 void runOnceForKey_onQueue_beforeAndAfter_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                      const QueueOrNone& queue, double seconds,
-                                                     platform::Block block);
+                                                     const platform::Block& block);
 // How long a burst of so many seconds waits.
 platform::Millis coalescingDelay(double seconds);
 

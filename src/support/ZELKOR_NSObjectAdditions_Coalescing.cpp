@@ -92,26 +92,27 @@ Millis coalescingDelay(double seconds) {
 
 void runOnceForKey_onQueue_afterWaiting_when_usingBlock(Dispatch& dispatch, const std::string& key,
                                                         const QueueOrNone& queue, double seconds, int when,
-                                                        Block block) {
+                                                        const Block& block) {
   Bursts::of(dispatch)->call(key, queue.get() != nullptr ? queue : QueueOrNone(dispatch.main()),
                              coalescingDelay(seconds), when, block);
 }
 
 void runOnceForKey_onQueue_collectingFor_usingBlock(Dispatch& dispatch, const std::string& key,
-                                                    const QueueOrNone& queue, double seconds, Block block) {
-  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtStart,
-                                                     std::move(block));
+                                                    const QueueOrNone& queue, double seconds,
+                                                    const Block& block) {
+  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtStart, block);
 }
 
 void runOnceForKey_onQueue_afterWaiting_usingBlock(Dispatch& dispatch, const std::string& key,
-                                                   const QueueOrNone& queue, double seconds, Block block) {
-  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtEnd, std::move(block));
+                                                   const QueueOrNone& queue, double seconds,
+                                                   const Block& block) {
+  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtEnd, block);
 }
 
 void runOnceForKey_onQueue_beforeAndAfter_usingBlock(Dispatch& dispatch, const std::string& key,
-                                                     const QueueOrNone& queue, double seconds, Block block) {
-  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtStart | AtEnd,
-                                                     std::move(block));
+                                                     const QueueOrNone& queue, double seconds,
+                                                     const Block& block) {
+  runOnceForKey_onQueue_afterWaiting_when_usingBlock(dispatch, key, queue, seconds, AtStart | AtEnd, block);
 }
 
 }  // namespace lumo::ZELKOR_NSObjectAdditions

@@ -15,21 +15,21 @@ class ZELKOR_NSObjectInstanceAdditions {
 
   void runOnceForKey_onQueue_collectingFor_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                       const QueueOrNone& queue, double seconds,
-                                                      platform::Block block) const {
+                                                      const platform::Block& block) const {
     ZELKOR_NSObjectAdditions::runOnceForKey_onQueue_collectingFor_usingBlock(dispatch, key, queue, seconds,
-                                                                             std::move(block));
+                                                                             block);
   }
   void runOnceForKey_onQueue_afterWaiting_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                      const QueueOrNone& queue, double seconds,
-                                                     platform::Block block) const {
+                                                     const platform::Block& block) const {
     ZELKOR_NSObjectAdditions::runOnceForKey_onQueue_afterWaiting_usingBlock(dispatch, key, queue, seconds,
-                                                                            std::move(block));
+                                                                            block);
   }
   void runOnceForKey_onQueue_beforeAndAfter_usingBlock(platform::Dispatch& dispatch, const std::string& key,
                                                        const QueueOrNone& queue, double seconds,
-                                                       platform::Block block) const {
+                                                       const platform::Block& block) const {
     ZELKOR_NSObjectAdditions::runOnceForKey_onQueue_beforeAndAfter_usingBlock(dispatch, key, queue, seconds,
-                                                                              std::move(block));
+                                                                              block);
   }
   void performAsyncOnMainQueue(platform::Dispatch& dispatch, platform::Block block) const {
     ZELKOR_NSObjectAdditions::performAsyncOnMainQueue(dispatch, std::move(block));
