@@ -45,16 +45,25 @@ trap 'rm -rf "$work"' EXIT
 trap 'exit 1' HUP INT TERM
 
 # "file:" and the whitelist keep a name, and a playlist, from reaching for anything but files.
+# The movie's own rate, as a fraction, is asked for because newer filters forget it behind a change of times. What
+# cannot be read is told below.
+rate=$(timeout "$PATIENCE" ffprobe -v error -protocol_whitelist file -select_streams v:0 \
+  -show_entries stream=r_frame_rate -of default=nokey=1:noprint_wrappers=1 "file:$movie" </dev/null 2>/dev/null | head -n 1)
+case $rate in
+  *[!0-9/]* | */*/* | ????????????????????*) rate=30 ;;
+  [1-9]*/[1-9]*) [ "${rate%/*}" -le $((30 * ${rate#*/})) ] || rate=30 ;;
+  *) rate=30 ;;
+esac
 # The first picture of the way back would be the last one of the way there, and its last one the first of
 # the next round; both are left out. All pictures of the way back are in memory at once, hence the bounds.
-# The rate comes first: behind a change of times newer versions do not know the movie's own any more.
-forward="fps=fps='min(30,source_fps)',trim=duration=$seconds,setpts=PTS-STARTPTS,\
+forward="trim=duration=$seconds,setpts=PTS-STARTPTS,fps=$rate,\
 scale=w='min(1280,iw)':h='min(1280,ih)':force_original_aspect_ratio=decrease:force_divisible_by=2,\
 setsar=1,format=yuv420p"
 back="trim=start_frame=1,reverse,trim=start_frame=1,setpts=PTS-STARTPTS"
 if ! timeout "$PATIENCE" ffmpeg -nostdin -hide_banner -loglevel error -y -protocol_whitelist file \
   -t "$((seconds + 1))" -i "file:$movie" \
-  -filter_complex "[0:v:0]$forward,split[there][turned];[turned]$back[back];[there][back]concat=n=2:v=1:a=0[clip]" \
+  -filter_complex "[0:v:0]$forward,split[there][turned];[turned]${back}[back];\
+[there][back]concat=n=2:v=1:a=0,fps=${rate}[clip]" \
   -map '[clip]' -map_metadata -1 -c:v libx264 -crf 26 -movflags +faststart -f mp4 "file:$work/clip.mp4" \
   </dev/null 2>"$work/said"; then
   said=$(tail -n 1 "$work/said")
