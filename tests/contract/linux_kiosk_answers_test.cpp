@@ -9,7 +9,6 @@
 namespace {
 
 using platform::PropertyList;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 class KioskAnswersTest : public EngineTest {

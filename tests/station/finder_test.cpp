@@ -149,7 +149,9 @@ class ServerFinderTest : protected OnPrivateNetwork, public StationTest {
     EXPECT_TRUE(waitUntil([&] {
       bool found = false;
       if (const auto sheet = finder()) {
-        sheet->walk([&](const Accessible& item, int) { found = found || item.name() == text; });
+        sheet->walk([&](const Accessible& item, int) {
+          found = found || item.name() == text || item.text() == text;
+        });
       }
       return found;
     })) << description(*station.controls());
@@ -212,10 +214,10 @@ class ServerFinderTest : protected OnPrivateNetwork, public StationTest {
 TEST_F(ServerFinderTest, FindsThreeServersAmongSilentAddressesAndTakesTheOneThatIsPressed) {
   TestServer& first = serveAt(20);
   TestServer& second = serveAt(133);
-  TestServer& third = serveAt(240);
+  TestServer& third = serveAt(60);
   openFinder();
   scan();
-  expectChoices({choice(address(20)), choice(address(133)), choice(address(240))});
+  expectChoices({choice(address(20)), choice(address(60)), choice(address(133))});
   for (TestServer* server : {&first, &second, &third}) {
     EXPECT_EQ(server->count(""), 1);
     EXPECT_EQ(server->requests()[0].method, "GET");
@@ -224,7 +226,7 @@ TEST_F(ServerFinderTest, FindsThreeServersAmongSilentAddressesAndTakesTheOneThat
   // Everybody else was called for, by the kernel, which had no answer.
   EXPECT_TRUE(areAllNeighbours(network.traffic().sought));
   EXPECT_THAT(network.traffic().connected,
-              ElementsAre(Pair(address(133), kPort), Pair(address(20), kPort), Pair(address(240), kPort)));
+              ElementsAre(Pair(address(133), kPort), Pair(address(20), kPort), Pair(address(60), kPort)));
   expectNothingLeft();
 
   ASSERT_TRUE(station.press(choice(address(133))));
@@ -237,11 +239,11 @@ TEST_F(ServerFinderTest, FindsThreeServersAmongSilentAddressesAndTakesTheOneThat
 TEST_F(ServerFinderTest, FindsThreeServersWhereAllOtherAddressesRefuse) {
   serveAt(20);
   serveAt(133);
-  serveAt(240);
+  serveAt(60);
   network.refuseElsewhere();
   openFinder();
   scan();
-  expectChoices({choice(address(20)), choice(address(133)), choice(address(240))});
+  expectChoices({choice(address(20)), choice(address(60)), choice(address(133))});
   EXPECT_TRUE(areAllNeighbours(targets(network.traffic().connected)));
   expectNothingLeft();
 }

@@ -316,29 +316,30 @@ bool Station::press(const std::string& name) {
   });
 }
 
-std::optional<Area> Station::middleOf(const Accessible& control) {
+std::optional<Area> Station::pointIn(const Accessible& control) {
   const Area area = control.extents();
   const Area frame = screen_->frame(window());
   if (area.width <= 0 || frame.width <= 0) {
     return std::nullopt;
   }
-  return Area{frame.x + area.x + area.width / 2, frame.y + area.y + area.height / 2, 1, 1};
+  // Newer toolkits leave paddings out and tell places too far to the upper left.
+  return Area{frame.x + area.x + area.width * 3 / 4, frame.y + area.y + area.height * 3 / 4, 1, 1};
 }
 
 bool Station::clickOn(const Accessible& control) {
-  const auto middle = middleOf(control);
-  if (middle) {
-    click(middle->x, middle->y);
+  const auto point = pointIn(control);
+  if (point) {
+    click(point->x, point->y);
   }
-  return middle.has_value();
+  return point.has_value();
 }
 
 bool Station::tapOn(const Accessible& control) {
-  const auto middle = middleOf(control);
-  if (middle) {
-    tap(middle->x, middle->y);
+  const auto point = pointIn(control);
+  if (point) {
+    tap(point->x, point->y);
   }
-  return middle.has_value();
+  return point.has_value();
 }
 
 void Station::keepEvidence(const fs::path& target) {

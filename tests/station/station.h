@@ -113,7 +113,7 @@ class Station {
   std::optional<Accessible> control(const std::string& role, const std::string& name);
   // Waits until the button shows and is sensitive, then presses it.
   bool press(const std::string& name);
-  // Clicks into the middle of it.
+  // Clicks on it.
   bool clickOn(const Accessible& control);
   bool tapOn(const Accessible& control);
 
@@ -127,8 +127,8 @@ class Station {
   void startScreen(bool touch);
   void startWindowManager();
   void run(const std::vector<std::string>& command);
-  // The middle of the control on the screen; absent when it has none.
-  std::optional<Area> middleOf(const Accessible& control);
+  // A point of the control on the screen; absent when it has none.
+  std::optional<Area> pointIn(const Accessible& control);
   std::filesystem::path preferenceFile() const;
 
   std::filesystem::path folder_;
