@@ -57,7 +57,7 @@ BusPeer::BusPeer(const std::string& address) : socket_(connectedTo(address.subst
 std::string BusPeer::line() {
   for (auto end = input_.find("\r\n");; end = input_.find("\r\n")) {
     if (end != std::string::npos) {
-      const std::string text = input_.substr(0, end);
+      std::string text = input_.substr(0, end);
       input_.erase(0, end + 2);
       return text;
     }

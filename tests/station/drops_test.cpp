@@ -40,14 +40,14 @@ class DropsTest : public StationTest {
   }
 
   fs::path file(const std::string& name, const std::string& content) {
-    const fs::path path = station.folder() / "home" / name;
+    fs::path path = station.folder() / "home" / name;
     fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
     return path;
   }
   // A JPEG of one colour and exactly that size.
   fs::path photo(const std::string& name, const std::string& colour, std::uintmax_t size) {
-    const fs::path path = station.folder() / "home" / name;
+    fs::path path = station.folder() / "home" / name;
     EXPECT_EQ(station.use({"convert", "-size", "800x800", "xc:" + colour, "-quality", "60", path}),
               "exit status 0")
         << station.said();

@@ -100,6 +100,7 @@ class FailureTest : public StationTest {
     BusPeer peer(station.busAddress());
     ASSERT_TRUE(peer.seesKiosk());
     std::vector<std::uint32_t> calls;
+    calls.reserve(addresses.size());
     for (const std::string& address : addresses) {
       calls.push_back(peer.sendOpen({address}));
     }

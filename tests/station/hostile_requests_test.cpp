@@ -144,6 +144,7 @@ TEST_F(HostileRequestsTest, AThousandCallsAtOnceAreAnsweredAndTheWindowStaysAliv
   const auto button = station.control("button", "Home");
   ASSERT_TRUE(button);
   std::vector<std::uint32_t> calls;
+  calls.reserve(1000);
   const auto start = Clock::now();
   for (int number = 0; number < 1000; ++number) {
     calls.push_back(peer().sendOpen({server.url("/many?" + std::to_string(number))}));

@@ -130,15 +130,22 @@ TEST_F(RoutesTest, HeaderFieldsArriveWhateverTheyHold) {
   EXPECT_EQ(valueOf(message, "LUMO-REG-LONG"), std::string(60000, 'x'));
 }
 
-TEST_F(RoutesTest, FieldsBeyondWhatTheEngineTakesShowTheErrorPage) {
-  // The engine refuses an answer whose fields have 64 KiB or more.
+TEST_F(RoutesTest, AnAnswerWithFieldsBeyondWhatTheEngineTakesIsNotShown) {
+  // The engine refuses an answer whose fields have 64 KiB or more; newer ones drop the fields.
   order.headers = {{"lumo-reg-long", std::string(65536, 'x')}};
   server.set(kOrder, order);
   leadOn("location.href = '" + std::string(kOrder) + "'");
   station.start();
-  ASSERT_TRUE(station.logs("Header too big"));
-  EXPECT_TRUE(station.shows(Colour{255, 255, 255}));
-  EXPECT_EQ(station.stop(), "exit status 0");
+  const std::string noFields =
+      "handleTerminateWithRegistrationOrdersPhotoStationData:.... param.allkeys = (\n)";
+  ASSERT_TRUE(waitUntil([&] {
+    const std::string log = station.log();
+    return log.find("Header too big") != std::string::npos || log.find(noFields) != std::string::npos;
+  }));
+  if (station.log().find(noFields) == std::string::npos) {
+    EXPECT_TRUE(station.shows(Colour{255, 255, 255}));
+    EXPECT_EQ(station.stop(), "exit status 0");
+  }
   EXPECT_EQ(server.count("/rendered"), 0);
 }
 

@@ -54,7 +54,7 @@ void sendAll(int socket, std::string_view bytes) {
 void reset(int socket) {
   sockaddr nothing = {};
   nothing.sa_family = AF_UNSPEC;
-  connect(socket, &nothing, sizeof nothing);
+  static_cast<void>(connect(socket, &nothing, sizeof nothing));
 }
 
 std::string bytesOf(const HttpAnswer& answer) {

@@ -63,7 +63,7 @@ class WaysInTest : public StationTest {
   }
   // A page in a file, which tells the server each time it is shown.
   fs::path file(const std::string& name, Colour colour, const std::string& mark) {
-    const fs::path path = station.folder() / "home" / name;
+    fs::path path = station.folder() / "home" / name;
     fs::create_directories(path.parent_path());
     std::ofstream(path) << page(colour, "<img src='" + server.url("/seen?") + mark + "'>");
     return path;
@@ -138,7 +138,7 @@ TEST_F(WaysInTest, APlaceholderStandsForThePhotoServerOnEveryWay) {
   installDesktopEntry();
   int number = 0;
   const auto next = [&] {
-    const std::string path = "/next" + std::to_string(++number);
+    std::string path = "/next" + std::to_string(++number);
     server.set(path, HttpAnswer{page(number % 2 == 0 ? kBlue : kGreen)});
     return path;
   };
@@ -283,6 +283,7 @@ TEST_F(WaysInTest, ALinkThatAnotherDesktopOpensStartsTheKioskAndWins) {
 
 TEST_F(WaysInTest, ManyAtOnceStartOneKioskThatGetsThemAll) {
   std::vector<std::unique_ptr<ChildProcess>> callers;
+  callers.reserve(5);
   for (int number = 0; number < 5; ++number) {
     callers.push_back(std::make_unique<ChildProcess>(
         std::vector<std::string>{LUMO_CTL, "open", server.url("/next?" + std::to_string(number))},
