@@ -17,7 +17,7 @@ foreach(folder
     share/icons/hicolor/128x128/apps
     share/icons/hicolor/256x256/apps
     share/icons/hicolor/scalable/apps
-    share/lumobrowser
+    share/lumobrowser/gtk-4.0
     share/man/man1
     share/metainfo
     share/wayland-sessions
