@@ -11,7 +11,6 @@ using lumo::errorPage;
 using lumo::failingUrl;
 using lumo::isExpectedFailure;
 using platform::Url;
-using platform::WebError;
 
 struct Failure {
   const char* address;
