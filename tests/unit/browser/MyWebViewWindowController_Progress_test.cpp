@@ -5,7 +5,6 @@
 namespace {
 
 using platform::Millis;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Queues of which the global one is slow with the first block after a test has said so.

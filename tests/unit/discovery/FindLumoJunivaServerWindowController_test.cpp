@@ -11,8 +11,6 @@ using platform::Array;
 using platform::Dictionary;
 using platform::Millis;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 
 class FinderWindowTest : public discoverytest::FinderTest {
  protected:
