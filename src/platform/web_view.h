@@ -98,7 +98,8 @@ class WebViewDelegate {
   virtual void webView_didFailProvisionalNavigation_withError(WebView& view, const WebError& error) = 0;
   virtual void webView_didFailNavigation_withError(WebView& view, const WebError& error) = 0;
   // The page is gone, and nothing loads it again by itself. What was on its way then and had not begun to
-  // show is asked for again, at most twice; then it has failed with kErrorWebContentProcessTerminated.
+  // show is asked for again, at most twice; then it has failed with kErrorWebContentProcessTerminated. So is
+  // an address of which the engine says nothing for a long time.
   virtual void webViewWebContentProcessDidTerminate(WebView& view) = 0;
 
   // `frameRequest` is the request of the frame that asks.

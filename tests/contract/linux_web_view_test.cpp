@@ -1,3 +1,5 @@
+#include "platform/linux/linux_web_view.h"
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -10,6 +12,7 @@
 
 #include "platform/strings.h"
 #include "tests/contract/engine_test.h"
+#include "tests/fakes/captured_log.h"
 #include "tests/station/process_tree.h"
 
 // The web engine against a server on the loopback interface.
@@ -29,7 +32,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class LinuxWebViewTest : public EngineTest {};
+class LinuxWebViewTest : public EngineTest {
+ protected:
+  void setLongestSilence(Millis silence) {
+    dynamic_cast<platform::LinuxWebView&>(*web).setLongestSilence(silence);
+  }
+};
 
 TEST_F(LinuxWebViewTest, AsksTheServerWithTheGivenFieldsAndAgent) {
   peer.start();
@@ -301,6 +309,58 @@ TEST_F(LinuxWebViewTest, ACancelledActionLoadsNothing) {
   EXPECT_TRUE(heard("action /next"));
   delegate.actionPolicy = NavigationPolicy::Allow;
   load("/");
+  EXPECT_THAT(requestsOf("/next"), IsEmpty());
+  EXPECT_THAT(delegate.errors, IsEmpty());
+}
+
+TEST_F(LinuxWebViewTest, AnAddressOfWhichTheEngineSaysNothingIsAskedForAgain) {
+  peer.start();
+  load("/");
+  setLongestSilence(Millis{1000});
+  ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
+  const fakes::CapturedLog log;
+  web->load(request("/next"));
+  ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/next") + " is asked for again"); }));
+  ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
+  ASSERT_TRUE(heard("finish at /next")) << testing::PrintToString(delegate.heard);
+  EXPECT_THAT(delegate.errors, IsEmpty());
+  EXPECT_EQ(value("document.body.textContent"), PropertyList("next"));
+}
+
+TEST_F(LinuxWebViewTest, AnAddressOfWhichTheEngineNeverSaysAnythingHasFailed) {
+  peer.start();
+  load("/");
+  setLongestSilence(Millis{100});
+  ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
+  const fakes::CapturedLog log;
+  web->load(request("/next"));
+  ASSERT_TRUE(heard("provisional failure 2")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(delegate.errors.back().failingUrlString, peer.url("/next"));
+  EXPECT_EQ(log.lines().size(), 2U) << log.text();
+  setLongestSilence(Millis{20'000});
+  ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
+  load("/");
+}
+
+TEST_F(LinuxWebViewTest, NothingIsAskedForAgainThatWasRefusedOrIsPartOfThePage) {
+  peer.start();
+  load("/");
+  setLongestSilence(Millis{100});
+  const fakes::CapturedLog log;
+  bool passed = false;
+  delegate.actionPolicy = NavigationPolicy::Cancel;
+  delegate.heard.clear();
+  web->load(request("/next"));
+  ASSERT_TRUE(heard("action /next"));
+  harness.dispatch().main().after(Millis{300}, [&] { passed = true; });
+  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  delegate.actionPolicy = NavigationPolicy::Allow;
+  load("/");
+  passed = false;
+  web->load(request("/#part"));
+  harness.dispatch().main().after(Millis{300}, [&] { passed = true; });
+  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  EXPECT_EQ(log.text(), "");
   EXPECT_THAT(requestsOf("/next"), IsEmpty());
   EXPECT_THAT(delegate.errors, IsEmpty());
 }

@@ -39,6 +39,9 @@ class LinuxWebView final : public LinuxView, public WebView {
   void takeSnapshot(std::function<void(std::optional<Image>)> completion) override;
   void disableCache() override;
 
+  // How long the engine may say nothing of an address of a server before it is asked for again.
+  void setLongestSilence(Millis silence) { longestSilence_ = silence; }
+
  private:
   // The main frame's navigation as far as it has come.
   struct Navigation {
@@ -84,6 +87,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   void committed();
   void processEnded(WebKitWebProcessTerminationReason reason);
   void repeatWhatWasLost(std::uint64_t serial);
+  void awaitBeginning();
   void startTimer();
   void stopTimer();
   void timeOut(std::uint64_t serial);
@@ -106,6 +110,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   std::optional<Navigation> requested_;
   std::uint64_t lastRequest_ = 0;
   std::uint64_t timerSerial_ = 0;
+  Millis longestSilence_{20'000};
   std::optional<Url> decidedUrl_;
   // Whether the last answer for the whole page was not to take the page's place.
   std::shared_ptr<const bool> answerRefused_ = std::make_shared<bool>(false);

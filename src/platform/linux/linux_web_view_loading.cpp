@@ -73,6 +73,23 @@ void LinuxWebView::expect(const std::string& address, Millis timeout) {
   requested_->serial = ++lastRequest_;
   requested_->requested = address;
   requested_->timeout = timeout;
+  awaitBeginning();
+}
+
+// When two addresses come at once, the engine can drop the second with the first and say nothing more: the
+// page would stay white. A part of the page that is shown begins no navigation, and only a server's address
+// has to come from somewhere.
+void LinuxWebView::awaitBeginning() {
+  if (!requested_ || !requested_->requested.starts_with("http") ||
+      requested_->requested.find('#') != std::string::npos) {
+    return;
+  }
+  dispatch().main().after(longestSilence_,
+                          [this, alive = lifetime(), serial = timerSerial_, silent = requested_->serial] {
+                            if (!alive.expired() && serial == timerSerial_) {
+                              repeatWhatWasLost(silent);
+                            }
+                          });
 }
 
 // A failure can be on its way when something newer is asked for. Then it is neither that of the newest
@@ -146,6 +163,7 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
       }
       stopTimer();
       if (navigation_.failed) {
+        awaitBeginning();
         break;
       }
       if (delegate_ != nullptr) {

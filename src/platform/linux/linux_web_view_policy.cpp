@@ -81,7 +81,14 @@ void LinuxWebView::decideAction(WebKitNavigationPolicyDecision* decision) {
   }
   auto answer = std::make_shared<Decision>(WEBKIT_POLICY_DECISION(decision));
   delegate_->webView_decidePolicyForNavigationAction_decisionHandler(
-      *this, asked, [answer](NavigationPolicy policy) { answer->answer(policy); });
+      *this, asked, [this, alive = lifetime(), answer](NavigationPolicy policy) {
+        // What is refused does not begin, and nobody waits for it. The timer may be that of another page.
+        if (policy == NavigationPolicy::Cancel && !alive.expired() && requested_ &&
+            requested_->serial != navigation_.serial) {
+          stopTimer();
+        }
+        answer->answer(policy);
+      });
 }
 
 void LinuxWebView::decideResponse(WebKitResponsePolicyDecision* decision) {
