@@ -130,19 +130,18 @@ TEST_F(RoutesTest, HeaderFieldsArriveWhateverTheyHold) {
   EXPECT_EQ(valueOf(message, "LUMO-REG-LONG"), std::string(60000, 'x'));
 }
 
-TEST_F(RoutesTest, AnAnswerWithFieldsBeyondWhatTheEngineTakesIsNotShown) {
-  // The engine refuses an answer whose fields have 64 KiB or more; newer ones drop the fields.
-  order.headers = {{"lumo-reg-long", std::string(65536, 'x')}};
+TEST_F(RoutesTest, FieldsBeyondWhatTheEngineTakesShowTheErrorPageAndNoneIsCut) {
+  // The engine of Debian 12 refuses an answer whose fields have 64 KiB or more; newer ones take it.
+  const std::string text(65536, 'x');
+  order.headers = {{"lumo-reg-long", text}};
   server.set(kOrder, order);
   leadOn("location.href = '" + std::string(kOrder) + "'");
   station.start();
-  const std::string noFields =
-      "handleTerminateWithRegistrationOrdersPhotoStationData:.... param.allkeys = (\n)";
-  ASSERT_TRUE(waitUntil([&] {
-    const std::string log = station.log();
-    return log.find("Header too big") != std::string::npos || log.find(noFields) != std::string::npos;
-  }));
-  if (station.log().find(noFields) == std::string::npos) {
+  const auto logged = [this](const std::string& words) {
+    return station.log().find(words) != std::string::npos;
+  };
+  ASSERT_TRUE(waitUntil([&] { return logged("Header too big") || logged("LUMO-REG-LONG = " + text); }));
+  if (logged("Header too big")) {
     EXPECT_TRUE(station.shows(Colour{255, 255, 255}));
     EXPECT_EQ(station.stop(), "exit status 0");
   }

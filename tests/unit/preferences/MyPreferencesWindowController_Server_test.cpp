@@ -7,9 +7,7 @@ namespace {
 using fakes::FakeHttpClient;
 using platform::Dictionary;
 using platform::Millis;
-using platform::PropertyList;
 using preferencestest::kFinder;
-using preferencestest::kWindow;
 using std::nullopt;
 using testing::Contains;
 using testing::ElementsAre;

@@ -23,7 +23,6 @@ using lumo::ZELKOR_Log;
 using platform::NSLog;
 using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 namespace {
