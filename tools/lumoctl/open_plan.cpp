@@ -69,7 +69,8 @@ OpenPlan planOpen(const std::vector<std::string>& items, const std::string& fold
   OpenPlan plan;
   for (const std::string& item : items) {
     const bool isPath = looksLikePath(item);
-    const std::string path = platform::standardizingPath(item.starts_with('/') ? item : folder + "/" + item);
+    const std::string path = platform::standardizingPath(
+        item.starts_with('/') ? item : std::string(folder).append("/").append(item));
     const bool isFile = !item.empty() && exists(path);
     if (isPath && !isFile) {
       return {{}, shown(item) + " does not exist"};

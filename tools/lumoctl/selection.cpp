@@ -13,7 +13,7 @@ namespace lumoctl {
 namespace {
 
 constexpr guint kPatience = 5000;
-constexpr std::size_t kLongestText = 64 * 1024;
+constexpr std::size_t kLongestText = 65'536;
 
 bool isSet(const char* variable) {
   const char* value = std::getenv(variable);

@@ -9,6 +9,7 @@
 #include <sys/utsname.h>
 
 #include "app/PreferenceKeys.h"
+#include "platform/format.h"
 #include "support/SourceRevision.h"
 #include "tests/fakes/captured_log.h"
 #include "tests/fakes/test_platform.h"
@@ -35,8 +36,8 @@ TEST(ZELKOR_NSStringAdditions, ValidateAsPathCleansWhatAPersonTyped) {
   for (const auto& [typed, cleaned] : rows) {
     const fakes::CapturedLog log;
     EXPECT_EQ(additions::validateAsPath(typed), cleaned) << typed;
-    EXPECT_THAT(log.text(),
-                testing::HasSubstr("validateAsPath->  old[" + typed + "] = new[" + cleaned + "]\n"));
+    EXPECT_THAT(log.text(), testing::HasSubstr(platform::stringWithFormat(
+                                "validateAsPath->  old[%@] = new[%@]\n", typed, cleaned)));
   }
 }
 
@@ -47,7 +48,7 @@ TEST(ZELKOR_NSStringAdditions, TheSourceRevisionIsSevenHexadecimalDigits) {
 std::string versionOf(const fakes::TestBundle::Info& info) {
   fakes::TestBundle bundle(info);
   platform::UserDefaults defaults;
-  const std::string version = additions::getAppVersionString(bundle.bundle(), defaults);
+  std::string version = additions::getAppVersionString(bundle.bundle(), defaults);
   EXPECT_EQ(defaults.stringForKey("prefAppVersion"), version);
   return version;
 }

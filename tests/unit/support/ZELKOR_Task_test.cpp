@@ -9,7 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 class LaunchTest : public tasktest::TaskTest {
  protected:
