@@ -12,7 +12,6 @@
 namespace station {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 namespace {
 

@@ -7,10 +7,7 @@
 
 namespace station {
 
-using ::testing::Contains;
 using ::testing::HasSubstr;
-using ::testing::Key;
-using ::testing::Not;
 using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 

@@ -11,7 +11,6 @@
 namespace station {
 
 using ::testing::AnyOf;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
