@@ -1,8 +1,10 @@
 #include "platform/linux/toolkit.h"
 
+#include <fstream>
+#include <system_error>
+
 #include <adwaita.h>
 #include <fontconfig/fontconfig.h>
-#include <glob.h>
 
 namespace platform {
 
@@ -20,13 +22,29 @@ void prepare(const char* name, const char* value) {
   }
 }
 
+// A virtio GPU has a render node also where the machine around it lends it no 3D: then all would be drawn by
+// a GL made of software. Its device tells its features as a text of zeros and ones, the first of which is
+// VIRTIO_GPU_F_VIRGL (Virtual I/O Device 1.2, 5.7.3).
+bool canRender(const std::filesystem::path& device) {
+  std::error_code error;
+  if (std::filesystem::read_symlink(device / "driver", error).filename() != "virtio_gpu") {
+    return true;
+  }
+  return std::ifstream(device / "features").get() != '0';
+}
+
 }  // namespace
 
-bool hasGpu() {
-  glob_t found{};
-  const bool any = glob("/dev/dri/renderD*", GLOB_NOSORT, nullptr, &found) == 0 && found.gl_pathc > 0;
-  globfree(&found);
-  return any;
+bool hasGpu(const std::filesystem::path& root) {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(root / "dev/dri", error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename();
+    if (name.starts_with("renderD") && canRender(root / "sys/class/drm" / name / "device")) {
+      return true;
+    }
+  }
+  return false;
 }
 
 void prepareDrawingEnvironment() {
