@@ -12,12 +12,15 @@ namespace {
 
 class HasGpuTest : public testing::Test {
  protected:
-  // A device node with a driver; without features it is no virtio device.
+  // A device node, and its device with a driver.
   void add(const std::string& node, const std::string& driver, const std::string& features = "") {
     addNode(node);
-    const auto device = root / "sys/class/drm" / node / "device";
+    addDevice(node + "/device", driver, features);
+  }
+  void addDevice(const std::filesystem::path& name, const std::string& driver, const std::string& features) {
+    const auto device = root / "sys/class/drm" / name;
     std::filesystem::create_directories(device);
-    std::filesystem::create_directory_symlink("../../../../bus/drivers/" + driver, device / "driver");
+    std::filesystem::create_directory_symlink("/sys/bus/drivers/" + driver, device / "driver");
     if (!features.empty()) {
       writeFile(device / "features", features + "\n");
     }
@@ -55,6 +58,20 @@ TEST_F(HasGpuTest, AVirtualMachinesPictureMemoryIsNone) {
   add("card0", "virtio_gpu", "0110000000000000000000000000110010000000000000000000000000000000");
   add("renderD128", "virtio_gpu", "0110000000000000000000000000110010000000000000000000000000000000");
   EXPECT_FALSE(hasGpu(root));
+}
+
+TEST_F(HasGpuTest, AVirtualMachinesPictureMemoryBelowItsBusIsNone) {
+  add("renderD128", "virtio-pci");
+  addDevice("renderD128/device/virtio0", "virtio_gpu",
+            "0110000000000000000000000000110010000000000000000000000000000000");
+  EXPECT_FALSE(hasGpu(root));
+}
+
+TEST_F(HasGpuTest, AVirtualMachinesGpuBelowItsBusIsOneWith3D) {
+  add("renderD128", "virtio-pci");
+  addDevice("renderD128/device/virtio0", "virtio_gpu",
+            "1110000000000000000000000000110010000000000000000000000000000000");
+  EXPECT_TRUE(hasGpu(root));
 }
 
 TEST_F(HasGpuTest, AVirtualMachinesGpuThatIsLent3DIsOne) {

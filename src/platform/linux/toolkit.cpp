@@ -22,15 +22,28 @@ void prepare(const char* name, const char* value) {
   }
 }
 
+// The virtio device is the render node's device or a child of what carries it, by the version of the kernel.
+bool isVirtioGpuWithout3D(const std::filesystem::path& device) {
+  std::error_code error;
+  return std::filesystem::read_symlink(device / "driver", error).filename() == "virtio_gpu" &&
+         std::ifstream(device / "features").get() == '0';
+}
+
 // A virtio GPU has a render node also where the machine around it lends it no 3D: then all would be drawn by
 // a GL made of software. Its device tells its features as a text of zeros and ones, the first of which is
 // VIRTIO_GPU_F_VIRGL (Virtual I/O Device 1.2, 5.7.3).
 bool canRender(const std::filesystem::path& device) {
-  std::error_code error;
-  if (std::filesystem::read_symlink(device / "driver", error).filename() != "virtio_gpu") {
-    return true;
+  if (isVirtioGpuWithout3D(device)) {
+    return false;
   }
-  return std::ifstream(device / "features").get() != '0';
+  std::error_code error;
+  for (std::filesystem::directory_iterator child(device, error), end; !error && child != end;
+       child.increment(error)) {
+    if (child->path().filename().string().starts_with("virtio") && isVirtioGpuWithout3D(child->path())) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
