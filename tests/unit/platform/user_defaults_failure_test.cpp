@@ -356,7 +356,7 @@ TEST_F(UserDefaultsFailureTest, AFullDiskLosesNothing) {
   const auto result = inChild([&] {
     // A small file system of this child's own.
     if (::unshare(CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER)) != 0 ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
         ::mount("tmpfs", folder.path().c_str(), "tmpfs", 0, "size=128k") != 0) {
       return noMount;
     }
