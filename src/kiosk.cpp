@@ -8,6 +8,7 @@
 
 #include "app/AppDelegate.h"
 #include "platform/bundle.h"
+#include "platform/capabilities.h"
 #include "platform/file_descriptor.h"
 #include "platform/linux/bus_environment.h"
 #include "platform/linux/linux_application.h"
@@ -32,6 +33,7 @@ namespace lumo {
 // and the window is built meanwhile.
 int runKiosk(const MakeDelegate& makeDelegate) {
   platform::openStandardDescriptors();
+  platform::dropAmbientCapabilities();
   // The log takes standard error for itself. Whoever starts the kiosk from a shell shall still see why it
   // does not come up.
   platform::FileDescriptor terminal(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
