@@ -223,7 +223,8 @@ TEST_F(TwoUsersTest, OfOneMachineHaveAKioskEachAndNeitherHearsOfTheOther) {
   other.startBus([](const auto& command) { return asUser(kNobody, command); });
 
   startAtHome();
-  // Newer systems leave the account of a session a capability, with which the engine's sandbox would not start.
+  // Newer systems leave the account of a session a capability, with which the engine's sandbox would not
+  // start.
   auto command = asUser(kNobody, {bundle / "lumobrowser"});
   command.insert(command.begin() + 1, {"--inh-caps=+chown", "--ambient-caps=+chown"});
   other.startWith(command);

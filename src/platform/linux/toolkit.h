@@ -12,8 +12,9 @@ void prepareDrawingEnvironment();
 // The names of what prepareDrawingEnvironment has set, which is no affair of the programs that the kiosk
 // starts.
 std::vector<std::string> drawingEnvironment();
-// Whether the machine has a GPU that the toolkit and the engine could draw with: a render node (renderD…) below `root`/dev/dri
-// that is more than the picture memory of a virtual machine. What `root`/sys does not tell counts as one.
+// Whether the machine has a GPU that the toolkit and the engine could draw with: a render node (renderD…)
+// below `root`/dev/dri that is more than the picture memory of a virtual machine. What `root`/sys does not
+// tell counts as one.
 bool hasGpu(const std::filesystem::path& root = "/");
 
 // Connects to the display; false when there is none.
