@@ -10,6 +10,9 @@
 namespace platform {
 namespace {
 
+constexpr const char* kFeaturesWithout3D = "0110000000000000000000000000110010000000000000000000000000000000";
+constexpr const char* kFeaturesWith3D = "1110000000000000000000000000110010000000000000000000000000000000";
+
 class HasGpuTest : public testing::Test {
  protected:
   // A device node, and its device with a driver.
@@ -55,27 +58,25 @@ TEST_F(HasGpuTest, ARenderNodeOfWhichNothingIsToldIsOne) {
 }
 
 TEST_F(HasGpuTest, AVirtualMachinesPictureMemoryIsNone) {
-  add("card0", "virtio_gpu", "0110000000000000000000000000110010000000000000000000000000000000");
-  add("renderD128", "virtio_gpu", "0110000000000000000000000000110010000000000000000000000000000000");
+  add("card0", "virtio_gpu", kFeaturesWithout3D);
+  add("renderD128", "virtio_gpu", kFeaturesWithout3D);
   EXPECT_FALSE(hasGpu(root));
 }
 
 TEST_F(HasGpuTest, AVirtualMachinesPictureMemoryBelowItsBusIsNone) {
   add("renderD128", "virtio-pci");
-  addDevice("renderD128/device/virtio0", "virtio_gpu",
-            "0110000000000000000000000000110010000000000000000000000000000000");
+  addDevice("renderD128/device/virtio0", "virtio_gpu", kFeaturesWithout3D);
   EXPECT_FALSE(hasGpu(root));
 }
 
 TEST_F(HasGpuTest, AVirtualMachinesGpuBelowItsBusIsOneWith3D) {
   add("renderD128", "virtio-pci");
-  addDevice("renderD128/device/virtio0", "virtio_gpu",
-            "1110000000000000000000000000110010000000000000000000000000000000");
+  addDevice("renderD128/device/virtio0", "virtio_gpu", kFeaturesWith3D);
   EXPECT_TRUE(hasGpu(root));
 }
 
 TEST_F(HasGpuTest, AVirtualMachinesGpuThatIsLent3DIsOne) {
-  add("renderD128", "virtio_gpu", "1110000000000000000000000000110010000000000000000000000000000000");
+  add("renderD128", "virtio_gpu", kFeaturesWith3D);
   EXPECT_TRUE(hasGpu(root));
 }
 
