@@ -276,6 +276,31 @@ TEST_F(FailureTest, AProcessOfThePageThatEndsLeavesTheKioskUsable) {
   EXPECT_TRUE(station.shows(kRed));
 }
 
+TEST_F(FailureTest, TheEnginesNetworkProcessThatEndsLeavesThePageAndTheKioskUsable) {
+  startAtHome();
+  ASSERT_EQ(killNetwork(station.kiosk().pid()), 1);
+  settle();
+  EXPECT_TRUE(station.shows(kRed));
+  ASSERT_TRUE(station.press("Home"));
+  EXPECT_TRUE(waitUntil([this] { return server.count("/home") == 2; }));
+  EXPECT_TRUE(station.shows(kRed));
+  EXPECT_THAT(station.log(), Not(HasSubstr(kErrorPageShown)));
+}
+
+TEST_F(FailureTest, TheEnginesNetworkProcessThatEndsWhileAPageComesLeavesTheErrorPage) {
+  server.setSilent("/silent");
+  startAtHome();
+  station.prefer("prefServerAddress", server.url("/silent"));
+  ASSERT_TRUE(station.press("Home"));
+  ASSERT_TRUE(waitUntil([this] { return server.count("/silent") == 1; }));
+  ASSERT_EQ(killNetwork(station.kiosk().pid()), 1);
+  ASSERT_TRUE(station.logs(kErrorPageShown));
+  station.prefer("prefServerAddress", server.url("/home"));
+  ASSERT_TRUE(station.press("Home"));
+  EXPECT_TRUE(waitUntil([this] { return server.count("/home") == 2; }));
+  EXPECT_TRUE(station.shows(kRed));
+}
+
 TEST_F(FailureTest, TheIndicatorMovesWhileAPageComes) {
   const auto bar = [this] {
     const Area frame = station.screen().frame(station.window());

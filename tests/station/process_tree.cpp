@@ -69,18 +69,30 @@ ProcessTree measure(pid_t first) {
   return tree;
 }
 
-int signalPages(pid_t kiosk, int signal) {
+namespace {
+
+int signalNamed(pid_t kiosk, const std::string& name, int signal) {
   const auto all = processesBelow(kiosk);
-  return static_cast<int>(std::count_if(all.begin(), all.end(), [signal](pid_t process) {
+  return static_cast<int>(std::count_if(all.begin(), all.end(), [&](pid_t process) {
     std::ifstream in("/proc/" + std::to_string(process) + "/comm");
-    std::string name;
+    std::string comm;
     // The kernel keeps fifteen characters of a name.
-    return std::getline(in, name) && name == "WebKitWebProces" && kill(process, signal) == 0;
+    return std::getline(in, comm) && comm == name.substr(0, 15) && kill(process, signal) == 0;
   }));
+}
+
+}  // namespace
+
+int signalPages(pid_t kiosk, int signal) {
+  return signalNamed(kiosk, "WebKitWebProcess", signal);
 }
 
 int killPages(pid_t kiosk) {
   return signalPages(kiosk, SIGKILL);
+}
+
+int killNetwork(pid_t kiosk) {
+  return signalNamed(kiosk, "WebKitNetworkProcess", SIGKILL);
 }
 
 }  // namespace station

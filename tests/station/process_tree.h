@@ -29,5 +29,7 @@ std::vector<pid_t> processesBelow(pid_t process);
 int signalPages(pid_t kiosk, int signal);
 // Ends them. How many.
 int killPages(pid_t kiosk);
+// Ends the process that speaks with the servers for all pages. How many.
+int killNetwork(pid_t kiosk);
 
 }  // namespace station
