@@ -334,6 +334,47 @@ TEST_F(LinuxWebViewTest, AnAddressOfWhichTheEngineSaysNothingIsAskedForAgain) {
   EXPECT_EQ(value("document.body.textContent"), PropertyList("next"));
 }
 
+TEST_F(LinuxWebViewTest, AnAddressThatTheEngineHasBegunAndDoesNotGiveUpIsAskedForAgain) {
+  silentPage("/silent");
+  peer.start();
+  load("/");
+  const fakes::CapturedLog log;
+  UrlRequest asked = request("/silent");
+  asked.timeout = Millis{300};
+  web->load(asked);
+  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
+  ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/silent") + " is asked for again"); }));
+  EXPECT_THAT(delegate.errors, IsEmpty());
+  ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
+  // The second time it is heard that the server is silent.
+  ASSERT_TRUE(heard("provisional failure -1001")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(delegate.errors.size(), 1U);
+  EXPECT_EQ(requestsOf("/silent").size(), 2U);
+}
+
+TEST_F(LinuxWebViewTest, AnAddressWithoutATimeOutIsWaitedForAsLongAsTheEngineLoadsIt) {
+  std::binary_semaphore answers{0};
+  peer.answer("/slow", [&](PeerConnection& connection) {
+    answers.acquire();
+    connection.send(
+        "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 4\r\nConnection: close\r\n\r\nslow");
+  });
+  peer.start();
+  load("/");
+  delegate.actionDecided = [&] { setLongestSilence(Millis{50}); };
+  const fakes::CapturedLog log;
+  web->load(request("/slow"));
+  ASSERT_TRUE(heard("start at /slow"));
+  bool passed = false;
+  harness.dispatch().main().after(Millis{500}, [&] { passed = true; });
+  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  answers.release();
+  ASSERT_TRUE(heard("finish at /slow")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(log.text(), "");
+  EXPECT_EQ(peer.requests(), 2);
+}
+
 TEST_F(LinuxWebViewTest, AnAddressOfWhichTheEngineNeverSaysAnythingHasFailed) {
   peer.start();
   load("/");

@@ -89,6 +89,7 @@ class LinuxWebView final : public LinuxView, public WebView {
   void repeatWhatWasLost(std::uint64_t serial);
   void awaitBeginning();
   void startTimer();
+  void awaitEnd(Millis time);
   void stopTimer();
   void timeOut(std::uint64_t serial);
 

@@ -20,6 +20,8 @@ constexpr const char* kNeverNotModified = "Thu, 01 Jan 1970 00:00:00 GMT";
 // The engine keeps a process ready for the next page. When both end at once, the first repetition goes to the
 // one that was kept.
 constexpr int kMostRepeats = 2;
+// From the word to give up to the engine's failure.
+constexpr Millis kLongestGivingUp{2000};
 
 std::string withoutFragment(const char* address) {
   const std::string text = address == nullptr ? "" : address;
@@ -104,13 +106,15 @@ bool LinuxWebView::isReplaced(const char* failing) const {
 
 void LinuxWebView::startTimer() {
   stopTimer();
-  if (navigation_.timeout.count() > 0) {
-    dispatch().main().after(navigation_.timeout, [this, alive = lifetime(), serial = timerSerial_] {
-      if (!alive.expired()) {
-        timeOut(serial);
-      }
-    });
-  }
+  awaitEnd(navigation_.timeout.count() > 0 ? navigation_.timeout : longestSilence_);
+}
+
+void LinuxWebView::awaitEnd(Millis time) {
+  dispatch().main().after(time, [this, alive = lifetime(), serial = timerSerial_] {
+    if (!alive.expired()) {
+      timeOut(serial);
+    }
+  });
 }
 
 void LinuxWebView::stopTimer() {
@@ -118,9 +122,20 @@ void LinuxWebView::stopTimer() {
 }
 
 void LinuxWebView::timeOut(std::uint64_t serial) {
-  if (serial == timerSerial_ && !navigation_.failed) {
+  if (serial != timerSerial_ || navigation_.failed) {
+    return;
+  }
+  // When several addresses come at once, the engine can drop the last one too after it has told of a start.
+  // And a process of the page that stands still does not even give up.
+  if (navigation_.timedOut || webkit_web_view_is_loading(web_) == FALSE) {
+    navigation_.timedOut = false;
+    repeatWhatWasLost(navigation_.serial);
+  } else if (navigation_.timeout.count() == 0) {
+    startTimer();
+  } else {
     navigation_.timedOut = true;
     webkit_web_view_stop_loading(web_);
+    awaitEnd(kLongestGivingUp);
   }
 }
 
