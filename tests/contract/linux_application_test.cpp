@@ -157,16 +157,18 @@ TEST_F(LinuxApplicationTest, HandsNothingOverWhenAnotherCopyAsks) {
 }
 
 TEST_F(LinuxApplicationTest, SaysWhyAnotherCopyWasNotReached) {
+  const std::string failed = "The running copy 4711 was not brought to the front: ";
   const fakes::CapturedLog log;
   const ScopedEnvironment display("DISPLAY", "");
   application().activateOther({4711}, platform::kActivateIgnoringOtherApps);
   harness_.daemon().stop();
-  application().activateOther({4711}, platform::kActivateIgnoringOtherApps);
+  // The first calls may still find the connection that nobody serves any more.
+  for (int times = 0; times < 100 && !log.contains(failed + "there is no session bus"); ++times) {
+    application().activateOther({4711}, platform::kActivateIgnoringOtherApps);
+  }
   ASSERT_GE(log.lines().size(), 2U);
-  EXPECT_TRUE(log.lines().front().starts_with("The running copy 4711 was not brought to the front: "))
-      << log.text();
-  EXPECT_EQ(log.lines().back(),
-            "The running copy 4711 was not brought to the front: there is no session bus");
+  EXPECT_TRUE(log.lines().front().starts_with(failed)) << log.text();
+  EXPECT_EQ(log.lines().back(), failed + "there is no session bus");
 }
 
 TEST_F(LinuxApplicationTest, TakesItsNameAgainOnABusThatWasStartedAgain) {

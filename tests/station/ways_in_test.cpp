@@ -51,12 +51,15 @@ class WaysInTest : public StationTest {
         kServices, "SearchFromPasteboard",
         g_variant_new("(@as@asss)", texts({"NSStringPboardType"}), texts({}), text.c_str(), "")));
   }
-  // What was asked for is on the screen, in the preferences, and has been asked for once.
-  void expectLoadedOnce(const std::string& path = "/next") {
+  // What was asked for is on the screen and in the preferences, and nothing more can come.
+  void expectLoaded(const std::string& path) {
     EXPECT_TRUE(station.shows(kGreen));
     EXPECT_EQ(station.storedText(kRunning), server.url(path));
-    // After its end nothing more can come.
     EXPECT_THAT(station.stop(), AnyOf("exit status 0", "gone"));
+  }
+  // The server has been asked for it once.
+  void expectLoadedOnce(const std::string& path = "/next") {
+    expectLoaded(path);
     EXPECT_EQ(server.count(path), 1);
     EXPECT_LE(server.count("/home"), 1);
   }
@@ -227,7 +230,11 @@ TEST_F(WaysInTest, OfSeveralAddressesEachIsAcceptedAndTheLastIsLoaded) {
   server.set("/two", HttpAnswer{page(kBlue)});
   startAtHome();
   EXPECT_EQ(peer().answer(peer().sendOpen({one, two, server.url("/next")})), "");
-  expectLoadedOnce();
+  expectLoaded("/next");
+  // Each leads to the address that was accepted last; how many get as far as the server is a matter of time.
+  EXPECT_GE(server.count("/next"), 1);
+  EXPECT_LE(server.count("/next"), 3);
+  EXPECT_EQ(server.count("/one") + server.count("/two"), 0);
   const std::string log = station.log();
   std::size_t at = 0;
   for (const std::string& address : {one, two, server.url("/next")}) {
