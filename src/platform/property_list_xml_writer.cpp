@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <variant>
 
@@ -48,7 +49,9 @@ class Writer {
   void write(double value, std::size_t depth) {
     element("real", property_list_text::writeReal(value), depth);
   }
-  void write(const std::string& value, std::size_t depth) { element("string", escaped(value), depth); }
+  void write(const std::string& value, std::size_t depth) {
+    element("string", escaped(readable(value)), depth);
+  }
 
   void write(Date value, std::size_t depth) { element("date", property_list_text::writeDate(value), depth); }
 
@@ -85,22 +88,46 @@ class Writer {
       return;
     }
     text_ += "<dict>\n";
+    std::unordered_set<std::string> changed;
     for (const auto& [key, entry] : value) {
-      element("key", escaped(key), depth + 1);
+      const std::string written = readable(key);
+      // A key that lost characters takes no other key's place: readers would drop one of the two.
+      if (written != key && (value.contains(written) || !changed.insert(written).second)) {
+        droppedCharacters_ = true;
+        continue;
+      }
+      element("key", escaped(written), depth + 1);
       writeValue(entry, depth + 1);
     }
     indent(depth);
     text_ += "</dict>\n";
   }
 
-  // Valid UTF-8 with the characters that have a meaning in XML escaped. A carriage return is escaped too:
-  // other readers take a plain one for a line feed.
-  std::string escaped(const std::string& text) {
+  // Valid UTF-8 without the characters that are none of XML: control characters, U+FFFE and U+FFFF.
+  std::string readable(const std::string& text) {
     const auto valid = validUtf8(text);
     std::string result;
     result.reserve(valid.size());
     for (std::size_t i = 0; i < valid.size(); ++i) {
       const char c = valid[i];
+      if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r') {
+        droppedCharacters_ = true;
+      } else if (valid.compare(i, 3, "\xEF\xBF\xBE") == 0 || valid.compare(i, 3, "\xEF\xBF\xBF") == 0) {
+        droppedCharacters_ = true;
+        i += 2;
+      } else {
+        result += c;
+      }
+    }
+    return result;
+  }
+
+  // The characters that have a meaning in XML escaped. A carriage return too: other readers take a plain one
+  // for a line feed.
+  static std::string escaped(const std::string& text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
       if (c == '&') {
         result += "&amp;";
       } else if (c == '<') {
@@ -109,12 +136,6 @@ class Writer {
         result += "&gt;";
       } else if (c == '\r') {
         result += "&#13;";
-      } else if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n') {
-        droppedCharacters_ = true;
-      } else if (valid.compare(i, 3, "\xEF\xBF\xBE") == 0 || valid.compare(i, 3, "\xEF\xBF\xBF") == 0) {
-        // U+FFFE and U+FFFF are no characters of XML either.
-        droppedCharacters_ = true;
-        i += 2;
       } else {
         result += c;
       }

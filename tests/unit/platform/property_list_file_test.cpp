@@ -347,6 +347,24 @@ TEST(PropertyListFile, LeavesOutWhatXmlCannotCarry) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
+TEST(PropertyListFile, WritesOneOfTheKeysThatAreAlikeWithoutWhatXmlCannotCarry) {
+  const PropertyList value(Dictionary{{"a\x01", 1},
+                                      {"a", 2},
+                                      {"a\x02", 3},
+                                      {"b\x01", 4},
+                                      {"\x02"
+                                       "b",
+                                       5},
+                                      {"<\x01", 6},
+                                      {"<", 7}});
+  testing::internal::CaptureStderr();
+  const auto xml = xmlDataFromPropertyList(value);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("control characters"));
+  const auto again = propertyListFromData(xml);
+  EXPECT_EQ(again, PropertyList(Dictionary{{"a", 2}, {"b", 4}, {"<", 7}}));
+  EXPECT_EQ(xmlDataFromPropertyList(*again), xml);
+}
+
 TEST(PropertyListFile, RepairsTextThatIsNoUtf8) {
   EXPECT_EQ(propertyListFromData(xmlDataFromPropertyList("a\xFFz\xC3")), PropertyList("a\uFFFDz\uFFFD"));
 }
