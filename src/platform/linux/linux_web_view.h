@@ -89,9 +89,10 @@ class LinuxWebView final : public LinuxView, public WebView {
   void repeatWhatWasLost(std::uint64_t serial);
   void awaitBeginning();
   void startTimer();
-  void awaitEnd(Millis time);
   void stopTimer();
-  void timeOut(std::uint64_t serial);
+  // Runs `then` after the time, if the timer has not been stopped or started anew by then.
+  void unlessStopped(Millis time, Block then);
+  void timeOut();
 
   bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
   void decideAction(WebKitNavigationPolicyDecision* decision);

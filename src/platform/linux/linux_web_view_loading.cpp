@@ -1,4 +1,5 @@
 #include <cstring>
+#include <utility>
 
 #include "platform/linux/linux_web_frames.h"
 #include "platform/linux/linux_web_view.h"
@@ -86,12 +87,7 @@ void LinuxWebView::awaitBeginning() {
       requested_->requested.find('#') != std::string::npos) {
     return;
   }
-  dispatch().main().after(longestSilence_,
-                          [this, alive = lifetime(), serial = timerSerial_, silent = requested_->serial] {
-                            if (!alive.expired() && serial == timerSerial_) {
-                              repeatWhatWasLost(silent);
-                            }
-                          });
+  unlessStopped(longestSilence_, [this, silent = requested_->serial] { repeatWhatWasLost(silent); });
 }
 
 // A failure can be on its way when something newer is asked for. Then it is neither that of the newest
@@ -106,13 +102,17 @@ bool LinuxWebView::isReplaced(const char* failing) const {
 
 void LinuxWebView::startTimer() {
   stopTimer();
-  awaitEnd(navigation_.timeout.count() > 0 ? navigation_.timeout : longestSilence_);
+  // What the page began itself has no time-out, and nothing could ask for it again.
+  if (navigation_.repeat) {
+    unlessStopped(navigation_.timeout.count() > 0 ? navigation_.timeout : longestSilence_,
+                  [this] { timeOut(); });
+  }
 }
 
-void LinuxWebView::awaitEnd(Millis time) {
-  dispatch().main().after(time, [this, alive = lifetime(), serial = timerSerial_] {
-    if (!alive.expired()) {
-      timeOut(serial);
+void LinuxWebView::unlessStopped(Millis time, Block then) {
+  dispatch().main().after(time, [this, alive = lifetime(), serial = timerSerial_, then = std::move(then)] {
+    if (!alive.expired() && serial == timerSerial_) {
+      then();
     }
   });
 }
@@ -121,8 +121,8 @@ void LinuxWebView::stopTimer() {
   ++timerSerial_;
 }
 
-void LinuxWebView::timeOut(std::uint64_t serial) {
-  if (serial != timerSerial_ || navigation_.failed) {
+void LinuxWebView::timeOut() {
+  if (navigation_.failed) {
     return;
   }
   // When several addresses come at once, the engine can drop the last one too after it has told of a start.
@@ -135,7 +135,7 @@ void LinuxWebView::timeOut(std::uint64_t serial) {
   } else {
     navigation_.timedOut = true;
     webkit_web_view_stop_loading(web_);
-    awaitEnd(kLongestGivingUp);
+    unlessStopped(kLongestGivingUp, [this] { timeOut(); });
   }
 }
 
