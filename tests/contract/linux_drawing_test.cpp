@@ -75,8 +75,8 @@ TEST_F(LinuxDrawingTest, AShakeGoesRightAndLeftAndComesBack) {
       }
       return over;
     }));
+    EXPECT_TRUE(harness.runUntil([&] { return picture() == resting; }));
   }
-  EXPECT_TRUE(harness.runUntil([&] { return picture() == resting; }));
   EXPECT_LT(left, 200);
   EXPECT_GE(left, 190);
   EXPECT_GT(right, 399);

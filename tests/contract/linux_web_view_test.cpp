@@ -38,6 +38,12 @@ class LinuxWebViewTest : public EngineTest {
   void setLongestSilence(Millis silence) {
     dynamic_cast<platform::LinuxWebView&>(*web).setLongestSilence(silence);
   }
+  // Serves the main loop for so long.
+  bool letPass(Millis time) {
+    bool passed = false;
+    harness.dispatch().main().after(time, [&] { passed = true; });
+    return harness.runUntil([&] { return passed; });
+  }
 };
 
 TEST_F(LinuxWebViewTest, AsksTheServerWithTheGivenFieldsAndAgent) {
@@ -366,9 +372,7 @@ TEST_F(LinuxWebViewTest, AnAddressWithoutATimeOutIsWaitedForAsLongAsTheEngineLoa
   const fakes::CapturedLog log;
   web->load(request("/slow"));
   ASSERT_TRUE(heard("start at /slow"));
-  bool passed = false;
-  harness.dispatch().main().after(Millis{500}, [&] { passed = true; });
-  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  ASSERT_TRUE(letPass(Millis{500}));
   answers.release();
   ASSERT_TRUE(heard("finish at /slow")) << testing::PrintToString(delegate.heard);
   EXPECT_EQ(log.text(), "");
@@ -395,19 +399,15 @@ TEST_F(LinuxWebViewTest, NothingIsAskedForAgainThatWasRefusedOrIsPartOfThePage) 
   load("/");
   setLongestSilence(Millis{100});
   const fakes::CapturedLog log;
-  bool passed = false;
   delegate.actionPolicy = NavigationPolicy::Cancel;
   delegate.heard.clear();
   web->load(request("/next"));
   ASSERT_TRUE(heard("action /next"));
-  harness.dispatch().main().after(Millis{300}, [&] { passed = true; });
-  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  ASSERT_TRUE(letPass(Millis{300}));
   delegate.actionPolicy = NavigationPolicy::Allow;
   load("/");
-  passed = false;
   web->load(request("/#part"));
-  harness.dispatch().main().after(Millis{300}, [&] { passed = true; });
-  ASSERT_TRUE(harness.runUntil([&] { return passed; }));
+  ASSERT_TRUE(letPass(Millis{300}));
   EXPECT_EQ(log.text(), "");
   EXPECT_THAT(requestsOf("/next"), IsEmpty());
   EXPECT_THAT(delegate.errors, IsEmpty());

@@ -27,6 +27,16 @@ std::size_t number(const fs::path& file, const std::string& label) {
   return 0;
 }
 
+int signalNamed(pid_t kiosk, const std::string& name, int signal) {
+  const auto all = processesBelow(kiosk);
+  return static_cast<int>(std::count_if(all.begin(), all.end(), [&](pid_t process) {
+    std::ifstream in("/proc/" + std::to_string(process) + "/comm");
+    std::string comm;
+    // The kernel keeps fifteen characters of a name.
+    return std::getline(in, comm) && comm == name.substr(0, 15) && kill(process, signal) == 0;
+  }));
+}
+
 }  // namespace
 
 // A process has them with each of its threads.
@@ -68,20 +78,6 @@ ProcessTree measure(pid_t first) {
   tree.threads = number(own / "status", "Threads:");
   return tree;
 }
-
-namespace {
-
-int signalNamed(pid_t kiosk, const std::string& name, int signal) {
-  const auto all = processesBelow(kiosk);
-  return static_cast<int>(std::count_if(all.begin(), all.end(), [&](pid_t process) {
-    std::ifstream in("/proc/" + std::to_string(process) + "/comm");
-    std::string comm;
-    // The kernel keeps fifteen characters of a name.
-    return std::getline(in, comm) && comm == name.substr(0, 15) && kill(process, signal) == 0;
-  }));
-}
-
-}  // namespace
 
 int signalPages(pid_t kiosk, int signal) {
   return signalNamed(kiosk, "WebKitWebProcess", signal);

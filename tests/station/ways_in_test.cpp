@@ -56,12 +56,12 @@ class WaysInTest : public StationTest {
     EXPECT_TRUE(station.shows(kGreen));
     EXPECT_EQ(station.storedText(kRunning), server.url(path));
     EXPECT_THAT(station.stop(), AnyOf("exit status 0", "gone"));
+    EXPECT_LE(server.count("/home"), 1);
   }
   // The server has been asked for it once.
   void expectLoadedOnce(const std::string& path = "/next") {
     expectLoaded(path);
     EXPECT_EQ(server.count(path), 1);
-    EXPECT_LE(server.count("/home"), 1);
   }
   // A page in a file, which tells the server each time it is shown.
   fs::path file(const std::string& name, Colour colour, const std::string& mark) {
