@@ -351,12 +351,63 @@ TEST_F(LinuxWebViewTest, AnAddressThatTheEngineHasBegunAndDoesNotGiveUpIsAskedFo
   ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
   ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
   ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/silent") + " is asked for again"); }));
+  EXPECT_TRUE(log.contains("the web process does not answer and is ended")) << log.text();
   EXPECT_THAT(delegate.errors, IsEmpty());
-  ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
   // The second time it is heard that the server is silent.
   ASSERT_TRUE(heard("provisional failure -1001")) << testing::PrintToString(delegate.heard);
   EXPECT_EQ(delegate.errors.size(), 1U);
   EXPECT_EQ(requestsOf("/silent").size(), 2U);
+}
+
+TEST_F(LinuxWebViewTest, APageWhoseScriptNeverEndsGivesWayToWhatIsAskedForNext) {
+  peer.start();
+  load("/");
+  web->evaluateJavaScript("for (;;) {}", [](const auto&, const auto&) {});
+  // The engine needs three seconds to find that the process does not answer.
+  setLongestSilence(Millis{4000});
+  const fakes::CapturedLog log;
+  web->load(request("/next"));
+  ASSERT_TRUE(heard("finish at /next")) << log.text() << testing::PrintToString(delegate.heard);
+  EXPECT_TRUE(log.contains("the web process does not answer and is ended")) << log.text();
+  EXPECT_TRUE(log.contains(peer.url("/next") + " is asked for again")) << log.text();
+  EXPECT_THAT(delegate.errors, IsEmpty());
+  EXPECT_EQ(value("document.body.textContent"), PropertyList("next"));
+}
+
+TEST_F(LinuxWebViewTest, WhatIsAskedForWhileAPanelIsOpenComesAfterItsAnswer) {
+  peer.start();
+  load("/");
+  bool wentOn = false;
+  web->evaluateJavaScript("alert('Hallo')", [&](const auto&, const auto&) { wentOn = true; });
+  ASSERT_TRUE(heard("alert Hallo of /"));
+  setLongestSilence(Millis{100});
+  const fakes::CapturedLog log;
+  web->load(request("/next"));
+  ASSERT_TRUE(letPass(Millis{4000}));
+  EXPECT_FALSE(wentOn);
+  EXPECT_EQ(log.text(), "");
+  setLongestSilence(Millis{20'000});
+  std::exchange(delegate.alertDone, nullptr)();
+  ASSERT_TRUE(heard("finish at /next")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(requestsOf("/next").size(), 1U);
+  EXPECT_THAT(delegate.errors, IsEmpty());
+}
+
+TEST_F(LinuxWebViewTest, AnOpenPanelStopsTheTimeOut) {
+  silentPage("/silent");
+  peer.start();
+  load("/");
+  UrlRequest asked = request("/silent");
+  asked.timeout = Millis{2000};
+  web->load(asked);
+  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  web->evaluateJavaScript("alert('Hallo')", [](const auto&, const auto&) {});
+  ASSERT_TRUE(heard("alert Hallo of /silent")) << testing::PrintToString(delegate.heard);
+  ASSERT_TRUE(letPass(Millis{5000}));
+  EXPECT_THAT(delegate.errors, IsEmpty());
+  std::exchange(delegate.alertDone, nullptr)();
+  ASSERT_TRUE(heard("provisional failure -1001")) << testing::PrintToString(delegate.heard);
+  EXPECT_EQ(requestsOf("/silent").size(), 1U);
 }
 
 TEST_F(LinuxWebViewTest, AnAddressWithoutATimeOutIsWaitedForAsLongAsTheEngineLoadsIt) {

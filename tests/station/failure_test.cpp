@@ -301,6 +301,20 @@ TEST_F(FailureTest, TheEnginesNetworkProcessThatEndsWhileAPageComesLeavesTheErro
   EXPECT_TRUE(station.shows(kRed));
 }
 
+TEST_F(FailureTest, APageWhoseScriptNeverEndsGivesWayToTheHomePage) {
+  server.set("/endless",
+             HttpAnswer{page(kGreen, "<script>fetch('/begins').then(() => { for (;;); })</script>")});
+  startAtHome();
+  openAtOnce({server.url("/endless")});
+  ASSERT_TRUE(waitUntil([this] { return server.count("/begins") == 1; }));
+  settle();
+  ASSERT_TRUE(station.press("Home"));
+  ASSERT_TRUE(waitUntil([this] { return server.count("/home") == 2; }, 2 * kPatience));
+  EXPECT_TRUE(station.shows(kRed));
+  EXPECT_THAT(station.log(), HasSubstr("the web process does not answer and is ended"));
+  EXPECT_THAT(station.log(), Not(HasSubstr(kErrorPageShown)));
+}
+
 TEST_F(FailureTest, TheIndicatorMovesWhileAPageComes) {
   const auto bar = [this] {
     const Area frame = station.screen().frame(station.window());

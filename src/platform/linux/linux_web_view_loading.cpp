@@ -21,8 +21,9 @@ constexpr const char* kNeverNotModified = "Thu, 01 Jan 1970 00:00:00 GMT";
 // The engine keeps a process ready for the next page. When both end at once, the first repetition goes to the
 // one that was kept.
 constexpr int kMostRepeats = 2;
-// From the word to give up to the engine's failure.
-constexpr Millis kLongestGivingUp{2000};
+// From the word to give up to the engine's failure. The engine needs three seconds to find that a process
+// does not answer.
+constexpr Millis kLongestGivingUp{4000};
 
 std::string withoutFragment(const char* address) {
   const std::string text = address == nullptr ? "" : address;
@@ -87,7 +88,29 @@ void LinuxWebView::awaitBeginning() {
       requested_->requested.find('#') != std::string::npos) {
     return;
   }
-  unlessStopped(longestSilence_, [this, silent = requested_->serial] { repeatWhatWasLost(silent); });
+  unlessStopped(longestSilence_, [this, silent = requested_->serial] {
+    if (waitsForAnAnswer()) {
+      awaitBeginning();
+    } else {
+      repeatWhatIsSilent(silent);
+    }
+  });
+}
+
+// While a panel of the page is open, its process does nothing but wait for the person.
+bool LinuxWebView::waitsForAnAnswer() const {
+  return !panel_.expired();
+}
+
+// A page whose script never ends would keep the window from everything that is asked for later.
+void LinuxWebView::repeatWhatIsSilent(std::uint64_t serial) {
+  if (requested_ && requested_->serial == serial &&
+      webkit_web_view_get_is_web_process_responsive(web_) == FALSE) {
+    NSLog("the web process does not answer and is ended");
+    webkit_web_view_terminate_web_process(web_);
+  } else {
+    repeatWhatWasLost(serial);
+  }
 }
 
 // A failure can be on its way when something newer is asked for. Then it is neither that of the newest
@@ -125,11 +148,15 @@ void LinuxWebView::timeOut() {
   if (navigation_.failed) {
     return;
   }
+  if (waitsForAnAnswer()) {
+    startTimer();
+    return;
+  }
   // When several addresses come at once, the engine can drop the last one too after it has told of a start.
   // And a process of the page that stands still does not even give up.
   if (navigation_.timedOut || webkit_web_view_is_loading(web_) == FALSE) {
     navigation_.timedOut = false;
-    repeatWhatWasLost(navigation_.serial);
+    repeatWhatIsSilent(navigation_.serial);
   } else if (navigation_.timeout.count() == 0) {
     startTimer();
   } else {

@@ -139,6 +139,7 @@ bool LinuxWebView::scriptDialog(WebKitScriptDialog* dialog) {
                                              webkit_script_dialog_close(finished);
                                              webkit_script_dialog_unref(finished);
                                            });
+  panel_ = open;
   const UrlRequest frame = frameRequest();
   if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM) {
     delegate_->webView_runJavaScriptConfirmPanelWithMessage_initiatedByFrame_completionHandler(
