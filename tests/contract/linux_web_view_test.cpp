@@ -353,6 +353,8 @@ TEST_F(LinuxWebViewTest, AnAddressThatTheEngineHasBegunAndDoesNotGiveUpIsAskedFo
   ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/silent") + " is asked for again"); }));
   EXPECT_TRUE(log.contains("the web process does not answer and is ended")) << log.text();
   EXPECT_THAT(delegate.errors, IsEmpty());
+  // The process that the engine kept ready for the next page, where there was one, stands still too.
+  station::signalPages(getpid(), SIGCONT);
   // The second time it is heard that the server is silent.
   ASSERT_TRUE(heard("provisional failure -1001")) << testing::PrintToString(delegate.heard);
   EXPECT_EQ(delegate.errors.size(), 1U);
