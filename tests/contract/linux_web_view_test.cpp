@@ -32,6 +32,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class LinuxWebViewTest : public EngineTest {
  protected:
@@ -374,6 +375,22 @@ TEST_F(LinuxWebViewTest, APageWhoseScriptNeverEndsGivesWayToWhatIsAskedForNext) 
   EXPECT_TRUE(log.contains(peer.url("/next") + " is asked for again")) << log.text();
   EXPECT_THAT(delegate.errors, IsEmpty());
   EXPECT_EQ(value("document.body.textContent"), PropertyList("next"));
+}
+
+TEST_F(LinuxWebViewTest, AProcessThatHasShownNothingYetIsWaitedFor) {
+  peer.start();
+  // The engine needs three seconds to find that the process does not answer.
+  setLongestSilence(Millis{4000});
+  delegate.actionDecided = [&] { EXPECT_GT(station::signalPages(getpid(), SIGSTOP), 0); };
+  const fakes::CapturedLog log;
+  web->load(request("/next"));
+  ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/next") + " is asked for again"); }))
+      << log.text();
+  ASSERT_GT(station::signalPages(getpid(), SIGCONT), 0);
+  ASSERT_TRUE(heard("finish at /next")) << log.text() << testing::PrintToString(delegate.heard);
+  EXPECT_FALSE(log.contains("the web process does not answer and is ended")) << log.text();
+  EXPECT_THAT(delegate.heard, Not(Contains("terminated")));
+  EXPECT_THAT(delegate.errors, IsEmpty());
 }
 
 TEST_F(LinuxWebViewTest, WhatIsAskedForWhileAPanelIsOpenComesAfterItsAnswer) {

@@ -118,6 +118,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   std::optional<Url> decidedUrl_;
   // Whether the last answer for the whole page was not to take the page's place.
   std::shared_ptr<const bool> answerRefused_ = std::make_shared<bool>(false);
+  // The page's process has shown a page.
+  bool processHasShown_ = false;
   // What the page's script has asked the person last; expired when it is answered.
   std::weak_ptr<WebKitScriptDialog> panel_;
   // Until the engine asks about what was asked for last, it may tell of a page that nobody waits for any

@@ -102,9 +102,10 @@ bool LinuxWebView::waitsForAnAnswer() const {
   return !panel_.expired();
 }
 
-// A page whose script never ends would keep the window from everything that is asked for later.
+// A page whose script never ends would keep the window from everything that is asked for later. A process
+// that has shown nothing yet may be starting, which takes minutes on a slow machine.
 void LinuxWebView::repeatWhatIsSilent(std::uint64_t serial) {
-  if (requested_ && requested_->serial == serial &&
+  if (requested_ && requested_->serial == serial && processHasShown_ &&
       webkit_web_view_get_is_web_process_responsive(web_) == FALSE) {
     NSLog("the web process does not answer and is ended");
     webkit_web_view_terminate_web_process(web_);
@@ -219,6 +220,7 @@ void LinuxWebView::loadChanged(WebKitLoadEvent event) {
 }
 
 void LinuxWebView::committed() {
+  processHasShown_ = true;
   if (requested_ && requested_->serial == navigation_.serial) {
     requested_.reset();
   }
@@ -253,6 +255,7 @@ void LinuxWebView::failed(const WebError& error, bool provisional) {
 
 void LinuxWebView::processEnded(WebKitWebProcessTerminationReason reason) {
   NSLog("the web process has ended (reason %i)", static_cast<int>(reason));
+  processHasShown_ = false;
   stopTimer();
   if (frames_ != nullptr) {
     frames_->processEnded();
