@@ -88,11 +88,11 @@ class LinuxWebView final : public LinuxView, public WebView {
   void processEnded(WebKitWebProcessTerminationReason reason);
   void repeatWhatWasLost(std::uint64_t serial);
   void repeatWhatIsSilent(std::uint64_t serial);
-  bool waitsForAnAnswer() const;
   void awaitBeginning();
   void startTimer();
   void stopTimer();
-  // Runs `then` after the time, if the timer has not been stopped or started anew by then.
+  // Runs `then` after the time, if the timer has not been stopped or started anew by then. The time begins
+  // anew where the page waited for a person's answer.
   void unlessStopped(Millis time, Block then);
   void timeOut();
 
@@ -122,6 +122,8 @@ class LinuxWebView final : public LinuxView, public WebView {
   bool processHasShown_ = false;
   // What the page's script has asked the person last; expired when it is answered.
   std::weak_ptr<WebKitScriptDialog> panel_;
+  // How many such panels there have been.
+  std::uint64_t panels_ = 0;
   // Until the engine asks about what was asked for last, it may tell of a page that nobody waits for any
   // more.
   bool ignoredPageComes_ = false;

@@ -88,18 +88,7 @@ void LinuxWebView::awaitBeginning() {
       requested_->requested.find('#') != std::string::npos) {
     return;
   }
-  unlessStopped(longestSilence_, [this, silent = requested_->serial] {
-    if (waitsForAnAnswer()) {
-      awaitBeginning();
-    } else {
-      repeatWhatIsSilent(silent);
-    }
-  });
-}
-
-// While a panel of the page is open, its process does nothing but wait for the person.
-bool LinuxWebView::waitsForAnAnswer() const {
-  return !panel_.expired();
+  unlessStopped(longestSilence_, [this, silent = requested_->serial] { repeatWhatIsSilent(silent); });
 }
 
 // A page whose script never ends would keep the window from everything that is asked for later. A process
@@ -133,9 +122,16 @@ void LinuxWebView::startTimer() {
   }
 }
 
+// While a panel of the page is open, its process does nothing but wait for the person.
 void LinuxWebView::unlessStopped(Millis time, Block then) {
-  dispatch().main().after(time, [this, alive = lifetime(), serial = timerSerial_, then = std::move(then)] {
-    if (!alive.expired() && serial == timerSerial_) {
+  dispatch().main().after(time, [this, time, alive = lifetime(), serial = timerSerial_, panels = panels_,
+                                 held = !panel_.expired(), then = std::move(then)] {
+    if (alive.expired() || serial != timerSerial_) {
+      return;
+    }
+    if (held || panels != panels_) {
+      unlessStopped(time, then);
+    } else {
       then();
     }
   });
@@ -147,10 +143,6 @@ void LinuxWebView::stopTimer() {
 
 void LinuxWebView::timeOut() {
   if (navigation_.failed) {
-    return;
-  }
-  if (waitsForAnAnswer()) {
-    startTimer();
     return;
   }
   // When several addresses come at once, the engine can drop the last one too after it has told of a start.

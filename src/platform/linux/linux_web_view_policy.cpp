@@ -140,6 +140,7 @@ bool LinuxWebView::scriptDialog(WebKitScriptDialog* dialog) {
                                              webkit_script_dialog_unref(finished);
                                            });
   panel_ = open;
+  ++panels_;
   const UrlRequest frame = frameRequest();
   if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM) {
     delegate_->webView_runJavaScriptConfirmPanelWithMessage_initiatedByFrame_completionHandler(
