@@ -65,6 +65,19 @@ class EngineTest : public ToolkitTest<LinuxToolkit> {
     web->load(request(path));
     ASSERT_TRUE(heard("finish at " + path)) << testing::PrintToString(delegate.heard);
   }
+  // Serves the main loop for so long.
+  bool letPass(platform::Millis time) {
+    bool passed = false;
+    harness.dispatch().main().after(time, [&] { passed = true; });
+    return harness.runUntil([&] { return passed; });
+  }
+  // Loads what the server is silent about, and waits until it has been asked once.
+  bool reachesServer(const std::string& path, platform::Millis timeout = platform::Millis{0}) {
+    platform::UrlRequest asked = request(path);
+    asked.timeout = timeout;
+    web->load(asked);
+    return harness.runUntil([&] { return requestsOf(path).size() == 1; });
+  }
   // The value of a script; fails when it does not come.
   std::optional<platform::PropertyList> value(const std::string& script) {
     std::optional<platform::PropertyList> found;

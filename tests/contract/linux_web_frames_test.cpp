@@ -150,8 +150,7 @@ TEST_F(LinuxWebFramesTest, ALinkIsALoadOfThePagesOwn) {
 TEST_F(LinuxWebFramesTest, ALoadThatIsReplacedIsNoFailure) {
   silentPage("/silent");
   peer.start();
-  web->load(request("/silent"));
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent"));
   load("/next");
   EXPECT_TRUE(told("finish /next"));
   EXPECT_THAT(frames.errors, IsEmpty());

@@ -211,31 +211,21 @@ TEST_F(LinuxWebPageTest, AProcessThatEndsDuringALoadLeavesNothingBehind) {
   silentPage("/silent");
   peer.start();
   load("/");
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{1000};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent", Millis{1000}));
   webkit_web_view_terminate_web_process(engine());
   ASSERT_TRUE(heard("terminated"));
   load("/next");
-  bool later = false;
-  harness.dispatch().main().after(Millis{1100}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
+  EXPECT_TRUE(letPass(Millis{1100}));
   EXPECT_FALSE(delegate.hasHeard("provisional failure -1001"));
 }
 
 TEST_F(LinuxWebPageTest, AViewThatGoesAnswersNobodyAnyMore) {
   silentPage("/silent");
   peer.start();
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{1000};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent", Millis{1000}));
   web.reset();
   delegate.heard.clear();
-  bool later = false;
-  harness.dispatch().main().after(Millis{1100}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
+  EXPECT_TRUE(letPass(Millis{1100}));
   EXPECT_THAT(delegate.heard, IsEmpty());
 }
 

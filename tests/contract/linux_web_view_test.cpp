@@ -39,12 +39,6 @@ class LinuxWebViewTest : public EngineTest {
   void setLongestSilence(Millis silence) {
     dynamic_cast<platform::LinuxWebView&>(*web).setLongestSilence(silence);
   }
-  // Serves the main loop for so long.
-  bool letPass(Millis time) {
-    bool passed = false;
-    harness.dispatch().main().after(time, [&] { passed = true; });
-    return harness.runUntil([&] { return passed; });
-  }
 };
 
 TEST_F(LinuxWebViewTest, AsksTheServerWithTheGivenFieldsAndAgent) {
@@ -127,9 +121,7 @@ TEST_F(LinuxWebViewTest, APageThatIsThereIsNotLoadedAgainWhenItsProcessEnds) {
   load("/");
   ASSERT_GT(station::killPages(getpid()), 0);
   ASSERT_TRUE(heard("terminated"));
-  bool later = false;
-  harness.dispatch().main().after(Millis{200}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
+  EXPECT_TRUE(letPass(Millis{200}));
   EXPECT_EQ(requestsOf("/").size(), 1U);
   load("/next");
 }
@@ -149,9 +141,7 @@ TEST_F(LinuxWebViewTest, APageThatHasBegunToComeDoesNotTimeOut) {
   asked.timeout = Millis{1500};
   web->load(asked);
   EXPECT_TRUE(heard("response 200 at /slow"));
-  bool later = false;
-  harness.dispatch().main().after(Millis{1700}, [&] { later = true; });
-  EXPECT_TRUE(harness.runUntil([&] { return later; }));
+  EXPECT_TRUE(letPass(Millis{1700}));
   goOn = true;
   goOn.notify_all();
   EXPECT_TRUE(heard("finish at /slow")) << testing::PrintToString(delegate.heard);
@@ -190,8 +180,7 @@ TEST_F(LinuxWebViewTest, AnAddressThatTheEngineRefusesFailsInsteadOfShowingAnEmp
 TEST_F(LinuxWebViewTest, ALoadThatANewOneReplacesIsNotReported) {
   silentPage("/silent");
   peer.start();
-  web->load(request("/silent"));
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent"));
   web->load(request("/"));
   ASSERT_TRUE(heard("finish at /"));
   EXPECT_EQ(value("document.body.textContent"), PropertyList("home"));
@@ -304,8 +293,7 @@ TEST_F(LinuxWebViewTest, ALoadThatReplacesAnotherKeepsItsOwnTimeOut) {
   silentPage("/silent");
   silentPage("/other");
   peer.start();
-  web->load(request("/silent"));
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent"));
   UrlRequest asked = request("/other");
   asked.timeout = Millis{300};
   web->load(asked);
@@ -346,10 +334,7 @@ TEST_F(LinuxWebViewTest, AnAddressThatTheEngineHasBegunAndDoesNotGiveUpIsAskedFo
   peer.start();
   load("/");
   const fakes::CapturedLog log;
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{300};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent", Millis{300}));
   ASSERT_GT(station::signalPages(getpid(), SIGSTOP), 0);
   ASSERT_TRUE(harness.runUntil([&] { return log.contains(peer.url("/silent") + " is asked for again"); }));
   EXPECT_TRUE(log.contains("the web process does not answer and is ended")) << log.text();
@@ -419,10 +404,7 @@ TEST_F(LinuxWebViewTest, AnOpenPanelStopsTheTimeOut) {
   silentPage("/silent");
   peer.start();
   load("/");
-  UrlRequest asked = request("/silent");
-  asked.timeout = Millis{2000};
-  web->load(asked);
-  ASSERT_TRUE(harness.runUntil([&] { return requestsOf("/silent").size() == 1; }));
+  ASSERT_TRUE(reachesServer("/silent", Millis{2000}));
   web->evaluateJavaScript("alert('Hallo')", [](const auto&, const auto&) {});
   ASSERT_TRUE(heard("alert Hallo of /silent")) << testing::PrintToString(delegate.heard);
   ASSERT_TRUE(letPass(Millis{5000}));
