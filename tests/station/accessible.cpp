@@ -187,11 +187,24 @@ void Accessible::walk(const std::function<void(const Accessible&, int)>& visit, 
 }
 
 std::optional<Accessible> Accessible::find(const std::string& role, const std::string& name) const {
+  // What other processes show is asked last, for a page whose script never ends answers no call.
+  std::vector<Accessible> ofOthers;
+  auto found = findOwn(role, name, ofOthers);
+  for (std::size_t next = 0; !found && next < ofOthers.size(); ++next) {
+    found = ofOthers[next].find(role, name);
+  }
+  return found;
+}
+
+std::optional<Accessible> Accessible::findOwn(const std::string& role, const std::string& name,
+                                              std::vector<Accessible>& ofOthers) const {
   if (this->role() == role && this->name() == name) {
     return *this;
   }
   for (const Accessible& child : children()) {
-    if (auto found = child.find(role, name)) {
+    if (child.owner_ != owner_) {
+      ofOthers.push_back(child);
+    } else if (auto found = child.findOwn(role, name, ofOthers)) {
       return found;
     }
   }

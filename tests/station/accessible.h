@@ -41,7 +41,7 @@ class Accessible {
   std::vector<Accessible> children() const;
   // Itself and all below it, from the top.
   void walk(const std::function<void(const Accessible&, int depth)>& visit, int depth = 0) const;
-  // The first one from the top, itself included.
+  // The first one from the top, itself included; what other processes show within it comes after its own.
   std::optional<Accessible> find(const std::string& role, const std::string& name) const;
   // Does what a click would. False when it has nothing to press.
   bool press() const;
@@ -50,6 +50,9 @@ class Accessible {
 
  private:
   bool has(int state) const;
+  // Leaves out what other processes show, and adds where that begins to the list.
+  std::optional<Accessible> findOwn(const std::string& role, const std::string& name,
+                                    std::vector<Accessible>& ofOthers) const;
 
   std::shared_ptr<AccessibilityBus> bus_;
   std::string owner_;

@@ -302,16 +302,16 @@ TEST_F(FailureTest, TheEnginesNetworkProcessThatEndsWhileAPageComesLeavesTheErro
 }
 
 TEST_F(FailureTest, APageWhoseScriptNeverEndsGivesWayToTheHomePage) {
-  // It is seen before it stands still.
-  server.set("/endless",
-             HttpAnswer{page(kGreen,
-                             "<script>setTimeout(() => fetch('/begins').then(() => { for (;;); }), 500)"
-                             "</script>")});
+  // It is seen before it stands still, and stands still from the moment in which it asks.
+  server.set(
+      "/endless",
+      HttpAnswer{page(kGreen,
+                      "<script>setTimeout(() => { const asked = new XMLHttpRequest();"
+                      " asked.open('GET', '/begins', false); asked.send(); for (;;); }, 500)</script>")});
   startAtHome();
   openAtOnce({server.url("/endless")});
   ASSERT_TRUE(station.shows(kGreen));
   ASSERT_TRUE(waitUntil([this] { return server.count("/begins") == 1; }));
-  settle();
   ASSERT_TRUE(station.press("Home"));
   ASSERT_TRUE(station.logs("the web process does not answer and is ended", 2 * kPatience));
   EXPECT_TRUE(station.shows(kRed));
