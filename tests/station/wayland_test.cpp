@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "station/exit_fixture.h"
 #include "station/station.h"
 
 // The kiosk on Wayland, in a compositor that shows one program. The compositor's own output is a window on
@@ -11,26 +12,40 @@
 
 namespace station {
 
-class WaylandTest : public StationTest {
+class WaylandTest : public ExitTest {
  protected:
-  WaylandTest() : StationTest({.windowManager = false}) {}
+  WaylandTest() : ExitTest({.windowManager = false}) {}
 
-  void startCompositor() {
+  void SetUp() override {
+    ExitTest::SetUp();
+    station.prefer("prefForceFullScreen", true);
     station.environment["WLR_BACKENDS"] = "x11";
     station.environment["WLR_RENDERER"] = "pixman";
-    std::vector<std::string> command{"cage", "--", LUMO_KIOSK};
+  }
+  // The compositor for that program.
+  static std::vector<std::string> compositor(const std::vector<std::string>& program) {
+    std::vector<std::string> command;
     if (geteuid() == 0) {
       // It refuses to run as root.
-      command.insert(command.begin(), {"unshare", "--user", "--map-user=1000", "--map-group=1000", "--"});
-      // The bus and the kiosk would not agree about who they are.
-      station.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (station.folder() / "no-bus").string();
+      command = {"unshare", "--user", "--map-user=1000", "--map-group=1000", "--"};
     }
-    station.startWith(command);
+    command.insert(command.end(), {"cage", "--"});
+    command.insert(command.end(), program.begin(), program.end());
+    return command;
   }
   // The compositor's output on the screen; empty while there is none.
   Area output() {
     const auto windows = station.screen().windows();
     return windows.empty() ? Area{} : station.screen().frame(windows.back());
+  }
+  bool showsHomeOnTheWholeScreen() {
+    return waitUntil([this] {
+      const Area area = output();
+      return area.width > 0 &&
+             station.screen().at(area.x + area.width / 2, area.y + area.height / 2) == kRed &&
+             station.screen().at(area.x + 1, area.y + area.height - 2) == kRed &&
+             station.screen().at(area.x + area.width - 2, area.y + area.height - 2) == kRed;
+    });
   }
   int countInLog(const std::string& text) const {
     const std::string log = station.log();
@@ -50,15 +65,13 @@ class WaylandTest : public StationTest {
 };
 
 TEST_F(WaylandTest, ShowsTheHomePageOnTheWholeScreen) {
-  station.prefer("prefForceFullScreen", true);
   station.prefer("prefWindowAlwaysStatusLevel", true);
-  startCompositor();
-  EXPECT_TRUE(waitUntil([this] {
-    const Area area = output();
-    return area.width > 0 && station.screen().at(area.x + area.width / 2, area.y + area.height / 2) == kRed &&
-           station.screen().at(area.x + 1, area.y + area.height - 2) == kRed &&
-           station.screen().at(area.x + area.width - 2, area.y + area.height - 2) == kRed;
-  }));
+  if (geteuid() == 0) {
+    // The bus and the kiosk would not agree about who they are.
+    station.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (station.folder() / "no-bus").string();
+  }
+  station.startWith(compositor({LUMO_KIOSK}));
+  EXPECT_TRUE(showsHomeOnTheWholeScreen());
   // Wayland has no window levels.
   EXPECT_EQ(countInLog("this desktop has no window levels"), 1);
 
@@ -68,6 +81,22 @@ TEST_F(WaylandTest, ShowsTheHomePageOnTheWholeScreen) {
   // The compositor ends with its program, as that did.
   EXPECT_EQ(station.kiosk().end(), "exit status 0");
   EXPECT_EQ(server.count("/home"), 1);
+}
+
+TEST_F(WaylandTest, ALostCompositorIsToldBeforeTheKioskEnds) {
+  ChildProcess compositorProcess(compositor({"sleep", "infinity"}), station.environment,
+                                 station.folder() / "compositor.txt");
+  const std::filesystem::path socket = station.folder() / "runtime" / "wayland-0";
+  ASSERT_TRUE(waitUntil([&] { return std::filesystem::is_socket(socket); }));
+  station.environment["WAYLAND_DISPLAY"] = socket.filename();
+  station.environment["GDK_BACKEND"] = "wayland";
+  station.start();
+  ASSERT_TRUE(showsHomeOnTheWholeScreen());
+  compositorProcess.send(SIGKILL);
+  EXPECT_EQ(station.kiosk().end(), "exit status 1");
+  EXPECT_THAT(listener->heardToTheEnd(),
+              ::testing::ElementsAre(releaseOf("closedwindow", server.url("/home"))));
+  EXPECT_EQ(countInLog("The screen was lost"), 1);
 }
 
 }  // namespace station
