@@ -31,50 +31,58 @@ int lostServer(Display* /*display*/) {
 }
 
 // Watches the connection to a Wayland compositor. The toolkit ends the process as soon as it reads or writes
-// there in vain, so this asks in each turn of the main loop before the toolkit's own source may.
+// there in vain, so this asks in each turn of the main loop before the toolkit's own source may. It acts when
+// it is asked and not when it is served, for GTK 4.18 does so too.
 struct CompositorWatch {
   GSource source;
+  // -1 until it is known.
   int connection;
 };
 
-bool hasHungUp(GSource* source) {
+gboolean endIfHungUp(GSource* source) {
   // A hang-up is told without being asked for.
   pollfd asked{reinterpret_cast<CompositorWatch*>(source)->connection, 0, 0};
-  return poll(&asked, 1, 0) > 0 && (asked.revents & (POLLHUP | POLLERR)) != 0;
-}
-
-GSource* watchCompositor(wl_display* display) {
-  static GSourceFuncs functions = {
-      [](GSource* source, int* timeout) -> gboolean {
-        *timeout = -1;
-        return hasHungUp(source) ? TRUE : FALSE;
-      },
-      [](GSource* source) -> gboolean { return hasHungUp(source) ? TRUE : FALSE; },
-      [](GSource*, GSourceFunc, gpointer) -> gboolean { lost(); },
-      nullptr,
-      nullptr,
-      nullptr,
-  };
-  GSource* source = g_source_new(&functions, sizeof(CompositorWatch));
-  const int connection = wl_display_get_fd(display);
-  reinterpret_cast<CompositorWatch*>(source)->connection = connection;
-  g_source_set_name(source, "compositor watch");
-  g_source_add_unix_fd(source, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
-  g_source_set_priority(source, G_PRIORITY_HIGH);
-  g_source_attach(source, nullptr);
-  return source;
+  if (poll(&asked, 1, 0) > 0 && (asked.revents & (POLLHUP | POLLERR)) != 0) {
+    lost();
+  }
+  return FALSE;
 }
 
 }  // namespace
 
 void setLostScreenHandler(std::function<void()> handler) {
-  static GSource* watch = nullptr;
   theHandler() = std::move(handler);
   XSetIOErrorHandler(lostServer);
-  GdkDisplay* display = gdk_display_get_default();
-  if (watch == nullptr && display != nullptr && GDK_IS_WAYLAND_DISPLAY(display)) {
-    watch = watchCompositor(gdk_wayland_display_get_wl_display(display));
+}
+
+bool openWatchedScreen(const std::function<bool()>& open) {
+  static GSourceFuncs functions = {
+      [](GSource* source, int* timeout) {
+        *timeout = -1;
+        return endIfHungUp(source);
+      },
+      endIfHungUp,
+      nullptr,
+      nullptr,
+      nullptr,
+      nullptr,
+  };
+  GSource* source = g_source_new(&functions, sizeof(CompositorWatch));
+  auto* watch = reinterpret_cast<CompositorWatch*>(source);
+  watch->connection = -1;
+  g_source_set_name(source, "compositor watch");
+  // Of sources that are equally urgent the one that was attached first is asked first.
+  g_source_set_priority(source, G_MININT);
+  g_source_attach(source, nullptr);
+  const bool opened = open();
+  GdkDisplay* display = opened ? gdk_display_get_default() : nullptr;
+  if (GDK_IS_WAYLAND_DISPLAY(display)) {
+    watch->connection = wl_display_get_fd(gdk_wayland_display_get_wl_display(display));
+  } else {
+    g_source_destroy(source);
   }
+  g_source_unref(source);
+  return opened;
 }
 
 }  // namespace platform

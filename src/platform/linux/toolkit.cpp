@@ -6,6 +6,8 @@
 #include <adwaita.h>
 #include <fontconfig/fontconfig.h>
 
+#include "platform/linux/lost_screen.h"
+
 namespace platform {
 
 namespace {
@@ -78,7 +80,7 @@ std::vector<std::string> drawingEnvironment() {
 }
 
 bool initializeToolkit() {
-  return gtk_init_check() != FALSE;
+  return openWatchedScreen([] { return gtk_init_check() != FALSE; });
 }
 
 bool hasFonts() {
