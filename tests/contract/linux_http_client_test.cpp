@@ -188,8 +188,8 @@ TEST_F(LinuxHttpClientTest, EndsASlowHeaderWithItsTime) {
 }
 
 TEST_F(LinuxHttpClientTest, EndsAnEndlessBodyWithItsTimeAndKeepsNothingOfIt) {
-  HttpPeer peer;
   std::atomic<std::size_t> sent{0};
+  HttpPeer peer;
   peer.answer("/", [&sent](PeerConnection& connection) {
     connection.send("HTTP/1.1 200 OK\r\nServer: Lumo-Juniva/2.1\r\n\r\n");
     const std::string block(1 << 20, 'x');
@@ -230,10 +230,10 @@ TEST_F(LinuxHttpClientTest, EndsAnOversizedHeader) {
 }
 
 TEST_F(LinuxHttpClientTest, Drives256RequestsAtATime) {
-  HttpPeer peer;
   std::mutex mutex;
   std::condition_variable changed;
   int arrived = 0;
+  HttpPeer peer;
   peer.answer("/", [&](PeerConnection& connection) {
     std::unique_lock lock(mutex);
     ++arrived;
@@ -282,10 +282,10 @@ TEST_F(LinuxHttpClientTest, TakesRequestsFromManyThreadsAndFromItsOwnCallbacks) 
 }
 
 TEST_F(LinuxHttpClientTest, CancelsWhatIsOpenWhenItGoes) {
-  HttpPeer peer;
   std::mutex mutex;
   std::condition_variable changed;
   int arrived = 0;
+  HttpPeer peer;
   peer.answer("/", [&](PeerConnection& connection) {
     {
       const std::lock_guard lock(mutex);

@@ -99,15 +99,14 @@ TEST_P(ShellRunners, ReadOnWhileAnOutputComesSlowly) {
 
 TEST_P(ShellRunners, TakeNoOtherChildsStatus) {
   const auto runner = GetParam();
-  std::vector<std::future<std::optional<std::string>>> runs;
-  std::vector<pid_t> others;
+  std::vector<pid_t> others(10);
   // Before there are threads, beside which a sanitizer takes no fork.
-  for (int i = 0; i < 10; ++i) {
-    others.push_back(startChild([i] { return i; }));
+  for (std::size_t i = 0; i < others.size(); ++i) {
+    others[i] = startChild([i] { return static_cast<int>(i); });
   }
-  for (int i = 0; i < 10; ++i) {
-    runs.push_back(
-        std::async(std::launch::async, [runner, i] { return runner("echo " + std::to_string(i)); }));
+  std::vector<std::future<std::optional<std::string>>> runs(others.size());
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    runs[i] = std::async(std::launch::async, [runner, i] { return runner("echo " + std::to_string(i)); });
   }
   for (std::size_t i = 0; i < runs.size(); ++i) {
     EXPECT_EQ(runs[i].get(), std::to_string(i) + "\n");
