@@ -14,7 +14,6 @@ using platform::Millis;
 using platform::PropertyList;
 using platform::Rect;
 using platform::Url;
-using platform::UrlRequest;
 using platform::WebError;
 using testing::Contains;
 using testing::ElementsAre;
